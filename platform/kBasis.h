@@ -1,0 +1,16 @@
+/**
+ * @file    kBasis.h
+ * @brief   Umbrella header of the foundation library.
+ */
+#ifndef K_BASIS_H
+#define K_BASIS_H
+
+#include <kBasis/kApiDef.h>
+#include <kBasis/kType.h>
+#include <kBasis/kObject.h>
+#include <kBasis/kAlloc.h>
+#include <kBasis/kAssembly.h>
+#include <kBasis/kLog.h>
+#include <kBasis/kValue.h>
+
+#endif

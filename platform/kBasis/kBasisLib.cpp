@@ -1,0 +1,102 @@
+/* The foundation assembly: every type of the foundation library, in registration order. */
+#include <kBasis/kAlloc.h>
+#include <kBasis/kAssembly.h>
+#include <kBasis/kValue.h>
+
+kAssembly xxkBasisLib_assembly = kNULL;
+
+void xkAlloc_BindApp();
+
+#define kAddType(TYPE) kCheck(xkAssembly_AddType(assembly, xx##TYPE##_Register, #TYPE))
+
+namespace
+{
+kStatus AddTypes(kAssembly assembly)
+{
+    /* Object model. */
+    kAddType(kObject);
+    kAddType(kValue);
+    kAddType(kAssembly);
+    kAddType(kAlloc);
+    kAddType(kCountingAlloc);
+    kAddType(kMemory);
+
+    /* Scalars. */
+    kAddType(k8u);
+    kAddType(k8s);
+    kAddType(k16u);
+    kAddType(k16s);
+    kAddType(k32u);
+    kAddType(k32s);
+    kAddType(k32f);
+    kAddType(k64u);
+    kAddType(k64s);
+    kAddType(k64f);
+    kAddType(kBool);
+    kAddType(kByte);
+    kAddType(kChar);
+    kAddType(kSize);
+    kAddType(kSSize);
+    kAddType(kPointer);
+    kAddType(kVoid);
+
+    /* Colours and geometry. */
+    kAddType(kRgb);
+    kAddType(kArgb);
+    kAddType(kRgb24);
+    kAddType(kColor);
+    kAddType(kPoint16s);
+    kAddType(kPoint32s);
+    kAddType(kPoint32f);
+    kAddType(kPoint64f);
+    kAddType(kPoint3d16s);
+    kAddType(kPoint3d32s);
+    kAddType(kPoint3d32f);
+    kAddType(kPoint3d64f);
+    kAddType(kPoint4d16s);
+    kAddType(kRect16s);
+    kAddType(kRect32s);
+    kAddType(kRect32f);
+    kAddType(kRect64f);
+    kAddType(kRect3d64f);
+    kAddType(kRotatedRect32s);
+    kAddType(kRotatedRect32f);
+    return kOK;
+}
+
+/* The foundation is built when the library loads and keeps one reference of its own. */
+struct Boot
+{
+    Boot()
+    {
+        kAssembly assembly = kNULL;
+        kBasisLib_Construct(&assembly);
+    }
+} s_boot;
+}  // namespace
+
+kFx(kStatus) kBasisLib_Construct(kAssembly* assembly)
+{
+    if (xxkBasisLib_assembly)
+    {
+        kCheck(kObject_Share(xxkBasisLib_assembly));
+        *assembly = xxkBasisLib_assembly;
+        return kOK;
+    }
+
+    kVersion version = 0;
+    kAssembly output = kNULL;
+    kStatus status;
+
+    kTest(kVersion_Parse(&version, "10.6.1.30"));
+    kTest(xkAssembly_ConstructInternal(&output, &xxkBasisLib_assembly, "kBasis", version, version));
+    kTest(AddTypes(output));
+    kTest(xkAssembly_Finalize(output));
+    xkAlloc_BindApp();
+    *assembly = output;
+    return kOK;
+
+cleanup:
+    xkAssembly_VRelease(output);
+    return status;
+}

@@ -1,0 +1,11 @@
+/**
+ * @file    kTessel.h
+ * @brief   Umbrella header of the sensor-platform library.
+ */
+#ifndef K_TESSEL_H
+#define K_TESSEL_H
+
+#include <kBasis.h>
+#include <kTessel/kTsApiDef.h>
+
+#endif

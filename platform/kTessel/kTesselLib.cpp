@@ -1,0 +1,50 @@
+/* The sensor-platform assembly: every type of the sensor-platform library, in registration order. */
+#include <kTessel/kTsApiDef.h>
+
+kAssembly xxkTesselLib_assembly = kNULL;
+
+#define kAddType(TYPE) kCheck(xkAssembly_AddType(assembly, xx##TYPE##_Register, #TYPE))
+
+namespace
+{
+kStatus AddTypes(kAssembly)
+{
+    return kOK;
+}
+
+/* Built when the library loads; keeps one reference of its own. */
+struct Boot
+{
+    Boot()
+    {
+        kAssembly assembly = kNULL;
+        kTesselLib_Construct(&assembly);
+    }
+} s_boot;
+}  // namespace
+
+kFx(kStatus) kTesselLib_Construct(kAssembly* assembly)
+{
+    if (xxkTesselLib_assembly)
+    {
+        kCheck(kObject_Share(xxkTesselLib_assembly));
+        *assembly = xxkTesselLib_assembly;
+        return kOK;
+    }
+
+    kVersion version = 0;
+    kAssembly output = kNULL;
+    kStatus status;
+
+    kTest(kVersion_Parse(&version, "10.6.1.30"));
+    kTest(xkAssembly_ConstructInternal(&output, &xxkTesselLib_assembly, "kTessel", version, version));
+    kTest(xkAssembly_AddDependency(output, kBasisLib_Construct));
+    kTest(AddTypes(output));
+    kTest(xkAssembly_Finalize(output));
+    *assembly = output;
+    return kOK;
+
+cleanup:
+    xkAssembly_VRelease(output);
+    return status;
+}
