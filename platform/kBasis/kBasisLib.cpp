@@ -61,6 +61,13 @@ kStatus AddTypes(kAssembly assembly)
     kAddType(kRect3d64f);
     kAddType(kRotatedRect32s);
     kAddType(kRotatedRect32f);
+
+    /* Containers and text. */
+
+    /* Threads, time and files. */
+
+    /* XML and serialisation. */
+
     return kOK;
 }
 
