@@ -7,5 +7,9 @@
 
 #include <kBasis.h>
 #include <kTessel/kTsApiDef.h>
+#include <kTessel/kHealthStat.h>
+#include <kTessel/kPhasePixel.h>
+#include <kTessel/kSpot.h>
+#include <kTessel/kStamp.h>
 
 #endif

@@ -1,5 +1,9 @@
 /* The sensor-platform assembly: every type of the sensor-platform library, in registration order. */
 #include <kTessel/kTsApiDef.h>
+#include <kTessel/kHealthStat.h>
+#include <kTessel/kPhasePixel.h>
+#include <kTessel/kSpot.h>
+#include <kTessel/kStamp.h>
 
 kAssembly xxkTesselLib_assembly = kNULL;
 
@@ -7,8 +11,19 @@ kAssembly xxkTesselLib_assembly = kNULL;
 
 namespace
 {
-kStatus AddTypes(kAssembly)
+kStatus AddTypes(kAssembly assembly)
 {
+    /* Value records: phase pixels, spots, stamps and health indicators. */
+    kAddType(kPhasePixel);
+    kAddType(kPhasePixel2);
+    kAddType(kSpot);
+    kAddType(kFpgaSpot);
+    kAddType(kFpgaWideSpot);
+    kAddType(kFpgaSpot2i);
+    kAddType(kSpot2);
+    kAddType(kStamp);
+    kAddType(kHealthStat);
+
     return kOK;
 }
 
