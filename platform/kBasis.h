@@ -12,5 +12,7 @@
 #include <kBasis/kAssembly.h>
 #include <kBasis/kLog.h>
 #include <kBasis/kValue.h>
+#include <kBasis/kArray1.h>
+#include <kBasis/kArray2.h>
 
 #endif

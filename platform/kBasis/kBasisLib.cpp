@@ -1,5 +1,7 @@
 /* The foundation assembly: every type of the foundation library, in registration order. */
 #include <kBasis/kAlloc.h>
+#include <kBasis/kArray1.h>
+#include <kBasis/kArray2.h>
 #include <kBasis/kAssembly.h>
 #include <kBasis/kValue.h>
 
@@ -63,6 +65,8 @@ kStatus AddTypes(kAssembly assembly)
     kAddType(kRotatedRect32f);
 
     /* Containers and text. */
+    kAddType(kArray1);
+    kAddType(kArray2);
 
     /* Threads, time and files. */
 
