@@ -68,6 +68,27 @@ CastFailCapture::~CastFailCapture() { kBasisLib_SetCastFailHandler(kNULL); }
 int CastFailCapture::Count() const { return s_castFails; }
 const std::string& CastFailCapture::LastFile() const { return s_castFile; }
 
+namespace
+{
+int s_asserts = 0;
+std::string s_assertExpression;
+void OnAssert(const kChar*, k32s, const kChar* expression)
+{
+    ++s_asserts;
+    s_assertExpression = expression;
+}
+}  // namespace
+
+AssertCapture::AssertCapture()
+{
+    s_asserts = 0;
+    s_assertExpression.clear();
+    kBasisLib_SetAssertHandler(OnAssert);
+}
+AssertCapture::~AssertCapture() { kBasisLib_SetAssertHandler(kNULL); }
+int AssertCapture::Count() const { return s_asserts; }
+const std::string& AssertCapture::LastExpression() const { return s_assertExpression; }
+
 TempDir::TempDir()
 {
     std::string pattern = (std::filesystem::temp_directory_path() / "ksolan-test-XXXXXX").string();

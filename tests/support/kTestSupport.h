@@ -63,6 +63,16 @@ public:
     const std::string& LastFile() const;
 };
 
+/** Counts failed assertions (kAssert) while it lives, instead of logging or aborting. */
+class AssertCapture
+{
+public:
+    AssertCapture();
+    ~AssertCapture();
+    int Count() const;
+    const std::string& LastExpression() const;
+};
+
 /** A fresh temporary directory, removed with its contents at scope exit. */
 class TempDir
 {
