@@ -4,6 +4,11 @@
 #include <kTessel/kPhasePixel.h>
 #include <kTessel/kSpot.h>
 #include <kTessel/kStamp.h>
+#include <kTessel/kCudaAlloc.h>
+#include <kTessel/kCudaStream.h>
+#include <kTessel/kMsg.h>
+#include <kTessel/kProfileMsg.h>
+#include <kTessel/kPxPipeline.h>
 
 kAssembly xxkTesselLib_assembly = kNULL;
 
@@ -23,6 +28,18 @@ kStatus AddTypes(kAssembly assembly)
     kAddType(kSpot2);
     kAddType(kStamp);
     kAddType(kHealthStat);
+
+    /* Pipeline: messages, ports, blocks and the pipeline that runs them. */
+    kAddType(kMsg);
+    kAddType(kProfileMsg);
+    kAddType(kPxPort);
+    kAddType(kPxBlock);
+    kAddType(kPxSink);
+    kAddType(kPxPipeline);
+
+    /* GPU streams and memory. */
+    kAddType(kCudaStream);
+    kAddType(kCudaAlloc);
 
     return kOK;
 }
