@@ -14,5 +14,7 @@
 #include <kBasis/kValue.h>
 #include <kBasis/kArray1.h>
 #include <kBasis/kArray2.h>
+#include <kBasis/kImage.h>
+#include <kBasis/kIpp.h>
 
 #endif

@@ -4,6 +4,7 @@
 #include <kBasis/kArray2.h>
 #include <kBasis/kAssembly.h>
 #include <kBasis/kValue.h>
+#include <kBasis/kImage.h>
 
 kAssembly xxkBasisLib_assembly = kNULL;
 
@@ -67,6 +68,8 @@ kStatus AddTypes(kAssembly assembly)
     /* Containers and text. */
     kAddType(kArray1);
     kAddType(kArray2);
+    kAddType(kPixelFormat);
+    kAddType(kImage);
 
     /* Threads, time and files. */
 
