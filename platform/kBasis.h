@@ -16,5 +16,8 @@
 #include <kBasis/kArray2.h>
 #include <kBasis/kImage.h>
 #include <kBasis/kIpp.h>
+#include <kBasis/kStream.h>
+#include <kBasis/kMemoryStream.h>
+#include <kBasis/kXml.h>
 
 #endif

@@ -4,6 +4,9 @@
 #include <kBasis/kArray2.h>
 #include <kBasis/kAssembly.h>
 #include <kBasis/kValue.h>
+#include <kBasis/kStream.h>
+#include <kBasis/kMemoryStream.h>
+#include <kBasis/kXml.h>
 #include <kBasis/kImage.h>
 
 kAssembly xxkBasisLib_assembly = kNULL;
@@ -74,6 +77,9 @@ kStatus AddTypes(kAssembly assembly)
     /* Threads, time and files. */
 
     /* XML and serialisation. */
+    kAddType(kStream);
+    kAddType(kMemoryStream);
+    kAddType(kXml);
 
     return kOK;
 }
