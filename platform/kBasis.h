@@ -14,6 +14,9 @@
 #include <kBasis/kValue.h>
 #include <kBasis/kArray1.h>
 #include <kBasis/kArray2.h>
+#include <kBasis/kArray3.h>
+#include <kBasis/kArrayList.h>
+#include <kBasis/kString.h>
 #include <kBasis/kImage.h>
 #include <kBasis/kIpp.h>
 #include <kBasis/kStream.h>

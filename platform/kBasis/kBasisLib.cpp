@@ -2,6 +2,8 @@
 #include <kBasis/kAlloc.h>
 #include <kBasis/kArray1.h>
 #include <kBasis/kArray2.h>
+#include <kBasis/kArray3.h>
+#include <kBasis/kString.h>
 #include <kBasis/kAssembly.h>
 #include <kBasis/kValue.h>
 #include <kBasis/kStream.h>
@@ -71,6 +73,9 @@ kStatus AddTypes(kAssembly assembly)
     /* Containers and text. */
     kAddType(kArray1);
     kAddType(kArray2);
+    kAddType(kArray3);
+    kAddType(kArrayList);
+    kAddType(kString);
     kAddType(kPixelFormat);
     kAddType(kImage);
 

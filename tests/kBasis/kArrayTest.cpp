@@ -1,6 +1,6 @@
 // Arrays of one to three dimensions: shapes, row-major layout, attached and separate item
 // memory, deep copies of object items, disposal, and allocation failure at every step.
-#include <kTestSupport.h>
+#include "kContainerTestSupport.h"
 
 #include <vector>
 
@@ -14,116 +14,91 @@ struct kTestDeviceAllocClass
     kSize outstanding;
 };
 
-kDefineClass(kTestDeviceAlloc, kAlloc)
-
-    namespace
+static kStatus xkTestDeviceAlloc_VGet(kAlloc alloc, kSize size, void** mem)
 {
-    kStatus xkTestDeviceAlloc_VGet(kAlloc alloc, kSize size, void** mem)
+    *mem = size ? malloc(size) : kNULL;
+    if (*mem) ++kCastRaw(kTestDeviceAlloc, alloc)->outstanding;
+    return kOK;
+}
+
+static kStatus xkTestDeviceAlloc_VFree(kAlloc alloc, void* mem)
+{
+    if (mem) --kCastRaw(kTestDeviceAlloc, alloc)->outstanding;
+    free(mem);
+    return kOK;
+}
+
+static k32u xkTestDeviceAlloc_VTraits(kAlloc) { return kALLOC_TRAIT_DEVICE; }
+
+kStatus xxkTestDeviceAlloc_Register(kAssembly assembly, const kChar* name)
+{
+    kCheck(kAddClass(kTestDeviceAlloc, kAlloc));
+    kCheck(kAddVMethod(kTestDeviceAlloc, VGet));
+    kCheck(kAddVMethod(kTestDeviceAlloc, VFree));
+    return kAddVMethod(kTestDeviceAlloc, VTraits);
+}
+
+namespace
+{
+kAssembly s_assembly = kNULL;
+
+/* The device allocator lives in an assembly of its own, built once per test. */
+class DeviceAlloc
+{
+public:
+    DeviceAlloc()
     {
-        *mem = size ? malloc(size) : kNULL;
-        if (*mem) ++kCastRaw(kTestDeviceAlloc, alloc)->outstanding;
-        return kOK;
+        kVersion version = kVersion_Create(1, 0, 0, 0);
+        EXPECT_EQ(
+            xkAssembly_ConstructInternal(&m_assembly, &s_assembly, "kTestArrays", version, version),
+            kOK);
+        EXPECT_EQ(xkAssembly_AddDependency(m_assembly, kBasisLib_Construct), kOK);
+        EXPECT_EQ(xkAssembly_AddType(m_assembly, xxkTestDeviceAlloc_Register, "kTestDeviceAlloc"),
+                  kOK);
+        EXPECT_EQ(xkAssembly_Finalize(m_assembly), kOK);
+        EXPECT_EQ(kAlloc_GetObject(kNULL, kTypeOf(kTestDeviceAlloc), &m_alloc), kOK);
+        EXPECT_EQ(kObject_Init(m_alloc, kTypeOf(kTestDeviceAlloc), kNULL), kOK);
     }
-
-    kStatus xkTestDeviceAlloc_VFree(kAlloc alloc, void* mem)
+    ~DeviceAlloc()
     {
-        if (mem) --kCastRaw(kTestDeviceAlloc, alloc)->outstanding;
-        free(mem);
-        return kOK;
+        EXPECT_EQ(kCastRaw(kTestDeviceAlloc, m_alloc)->outstanding, 0u);
+        kObject_Destroy(m_alloc);
+        kObject_Destroy(m_assembly);
     }
+    operator kAlloc() const { return m_alloc; }
 
-    k32u xkTestDeviceAlloc_VTraits(kAlloc) { return kALLOC_TRAIT_DEVICE; }
+private:
+    kAssembly m_assembly = kNULL;
+    kAlloc m_alloc = kNULL;
+};
 
-    kStatus xxkTestDeviceAlloc_Register(kAssembly assembly, const kChar* name)
+/* Builds an array of n arrays (k32s, lengths 1..n, item j of array i = 100 i + j). */
+kArray1 MakeNested(kSize n, kAlloc alloc)
+{
+    kArray1 outer = kNULL;
+    EXPECT_EQ(kArray1_Construct(&outer, kTypeOf(kArray1), n, alloc), kOK);
+    for (kSize i = 0; i < n; ++i)
     {
-        kCheck(kAddClass(kTestDeviceAlloc, kAlloc));
-        kCheck(kAddVMethod(kTestDeviceAlloc, VGet));
-        kCheck(kAddVMethod(kTestDeviceAlloc, VFree));
-        return kAddVMethod(kTestDeviceAlloc, VTraits);
+        kArray1 inner = kNULL;
+        EXPECT_EQ(kArray1_Construct(&inner, kTypeOf(k32s), i + 1, alloc), kOK);
+        for (kSize j = 0; j <= i; ++j)
+            *kArray1_AtT<k32s>(inner, j) = (k32s)(100 * i + j);
+        EXPECT_EQ(kArray1_SetItemT(outer, i, inner), kOK);
     }
+    return outer;
+}
 
-    kAssembly s_assembly = kNULL;
-
-    /* The device allocator lives in an assembly of its own, built once per test. */
-    class DeviceAlloc
+void ExpectNested(kArray1 outer, kSize n)
+{
+    ASSERT_EQ(kArray1_Length(outer), n);
+    for (kSize i = 0; i < n; ++i)
     {
-    public:
-        DeviceAlloc()
-        {
-            kVersion version = kVersion_Create(1, 0, 0, 0);
-            EXPECT_EQ(xkAssembly_ConstructInternal(&m_assembly, &s_assembly, "kTestArrays", version,
-                                                   version),
-                      kOK);
-            EXPECT_EQ(xkAssembly_AddDependency(m_assembly, kBasisLib_Construct), kOK);
-            EXPECT_EQ(
-                xkAssembly_AddType(m_assembly, xxkTestDeviceAlloc_Register, "kTestDeviceAlloc"),
-                kOK);
-            EXPECT_EQ(xkAssembly_Finalize(m_assembly), kOK);
-            EXPECT_EQ(kAlloc_GetObject(kNULL, kTypeOf(kTestDeviceAlloc), &m_alloc), kOK);
-            EXPECT_EQ(kObject_Init(m_alloc, kTypeOf(kTestDeviceAlloc), kNULL), kOK);
-        }
-        ~DeviceAlloc()
-        {
-            EXPECT_EQ(kCastRaw(kTestDeviceAlloc, m_alloc)->outstanding, 0u);
-            kObject_Destroy(m_alloc);
-            kObject_Destroy(m_assembly);
-        }
-        operator kAlloc() const { return m_alloc; }
-
-    private:
-        kAssembly m_assembly = kNULL;
-        kAlloc m_alloc = kNULL;
-    };
-
-    /* Builds an array of n arrays (k32s, lengths 1..n, item j of array i = 100 i + j). */
-    kArray1 MakeNested(kSize n, kAlloc alloc)
-    {
-        kArray1 outer = kNULL;
-        EXPECT_EQ(kArray1_Construct(&outer, kTypeOf(kArray1), n, alloc), kOK);
-        for (kSize i = 0; i < n; ++i)
-        {
-            kArray1 inner = kNULL;
-            EXPECT_EQ(kArray1_Construct(&inner, kTypeOf(k32s), i + 1, alloc), kOK);
-            for (kSize j = 0; j <= i; ++j)
-                *kArray1_AtT<k32s>(inner, j) = (k32s)(100 * i + j);
-            EXPECT_EQ(kArray1_SetItemT(outer, i, inner), kOK);
-        }
-        return outer;
+        kArray1 inner = *kArray1_AtT<kArray1>(outer, i);
+        ASSERT_EQ(kArray1_Length(inner), i + 1);
+        for (kSize j = 0; j <= i; ++j)
+            EXPECT_EQ(*kArray1_AtT<k32s>(inner, j), (k32s)(100 * i + j));
     }
-
-    void ExpectNested(kArray1 outer, kSize n)
-    {
-        ASSERT_EQ(kArray1_Length(outer), n);
-        for (kSize i = 0; i < n; ++i)
-        {
-            kArray1 inner = *kArray1_AtT<kArray1>(outer, i);
-            ASSERT_EQ(kArray1_Length(inner), i + 1);
-            for (kSize j = 0; j <= i; ++j)
-                EXPECT_EQ(*kArray1_AtT<k32s>(inner, j), (k32s)(100 * i + j));
-        }
-    }
-
-    /* As ktest::ExpectCleanFailures, for builders whose result holds objects: the successful
-       result is disposed of (with its items) rather than destroyed. */
-    kSize ExpectCleanFailuresDisposing(const std::function<kStatus(kAlloc, kObject*)>& build)
-    {
-        for (kSize step = 0; step < 1000; ++step)
-        {
-            ktest::CountingAlloc alloc;
-            kCountingAlloc_SetFailAfter(alloc, step);
-            kObject handle = kNULL;
-            if (kSuccess(build(alloc, &handle)))
-            {
-                EXPECT_EQ(kObject_Dispose(handle), kOK);
-                return step;
-            }
-            EXPECT_EQ(handle, kNULL) << "failure after " << step << " allocations left a handle";
-            EXPECT_EQ(alloc.Outstanding(), 0u) << "failure after " << step << " allocations leaked";
-            if (handle || alloc.Outstanding()) return step;
-        }
-        ADD_FAILURE() << "construction never succeeded";
-        return 0;
-    }
+}
 } // namespace
 
 TEST(Array1, ItemsAreTypedZeroFilledAndBoundsChecked)
@@ -432,6 +407,56 @@ TEST(Array1, DeviceItemsAreNeverTouchedByTheHost)
     kObject_Destroy(other);
 }
 
+TEST(Array3, LastIndexRunsFastestAndEveryLengthIsChecked)
+{
+    ktest::CountingAlloc alloc;
+    const kSize n0 = 2, n1 = 3, n2 = 4;
+    kArray3 array = kNULL;
+    ASSERT_EQ(kArray3_Construct(&array, kTypeOf(k16s), n0, n1, n2, alloc), kOK);
+    EXPECT_EQ(kArray3_Length(array, 0), n0);
+    EXPECT_EQ(kArray3_Length(array, 1), n1);
+    EXPECT_EQ(kArray3_Length(array, 2), n2);
+    EXPECT_EQ(kArray3_Length(array, 3), 0u);
+    EXPECT_EQ(kArray3_Count(array), 24u);
+    EXPECT_EQ(kArray3_DataSize(array), 48u);
+
+    for (kSize i = 0; i < n0; ++i)
+        for (kSize j = 0; j < n1; ++j)
+            for (kSize k = 0; k < n2; ++k)
+                ASSERT_EQ(kArray3_SetItemT<k16s>(array, i, j, k, (k16s)(100 * i + 10 * j + k)),
+                          kOK);
+    const k16s* data = kArray3_DataT<k16s>(array);
+    for (kSize index = 0; index < 24; ++index)
+        EXPECT_EQ(data[index], (k16s)(100 * (index / 12) + 10 * (index / 4 % 3) + index % 4));
+    EXPECT_EQ(kArray3_At(array, 1, 2, 3), (void*)(data + 23));
+    EXPECT_EQ(kArray3_DataAt(array, 1, 0, 1), (void*)(data + 13));
+
+    k16s v = 0;
+    EXPECT_EQ(kArray3_At(array, 2, 0, 0), nullptr);
+    EXPECT_EQ(kArray3_At(array, 0, 3, 0), nullptr);
+    EXPECT_EQ(kArray3_At(array, 0, 0, 4), nullptr);
+    EXPECT_EQ(kArray3_SetItem(array, 0, 0, 4, &v), kSTATUS_BAD_PARAMETER);
+    EXPECT_EQ(kArray3_SetItemT<k32s>(array, 0, 0, 0, 1), kSTATUS_BAD_PARAMETER);
+
+    kArray3 copy = kNULL;
+    ASSERT_EQ(kArray3_Construct(&copy, kTypeOf(k16s), 0, 0, 0, alloc), kOK);
+    ASSERT_EQ(kArray3_Assign(copy, array), kOK);
+    EXPECT_EQ(kArray3_Length(copy, 2), n2);
+    EXPECT_TRUE(kMemEquals(kArray3_Data(copy), data, 48));
+    ASSERT_EQ(kArray3_Allocate(copy, kTypeOf(k16s), 4, 1, 2), kOK); // same bytes: reused
+    EXPECT_EQ(kArray3_Count(copy), 8u);
+    EXPECT_EQ(kArray3_Zero(array), kOK);
+    EXPECT_EQ(data[23], 0);
+
+    k16s external[8] = {};
+    ASSERT_EQ(kArray3_Attach(copy, kTypeOf(k16s), external, 2, 2, 2), kOK);
+    EXPECT_EQ(kArray3_At(copy, 1, 1, 1), (void*)(external + 7));
+    EXPECT_EQ(kArray3_Allocate(array, kTypeOf(k16s), kSIZE_MAX, 2, 2), kSTATUS_BAD_PARAMETER);
+    EXPECT_EQ(kArray3_Count(array), 24u);
+    kObject_Destroy(copy);
+    kObject_Destroy(array);
+}
+
 TEST(Arrays, AllocationFailureAtEveryStepLeavesNothing)
 {
     EXPECT_EQ(ktest::ExpectCleanFailures([](kAlloc a, kObject* out)
@@ -444,6 +469,10 @@ TEST(Arrays, AllocationFailureAtEveryStepLeavesNothing)
                   [](kAlloc a, kObject* out)
                   { return kArray2_ConstructEx(out, kTypeOf(kRect32s), 3, 4, a, a); }),
               2u);
+    EXPECT_EQ(
+        ktest::ExpectCleanFailures([](kAlloc a, kObject* out)
+                                   { return kArray3_Construct(out, kTypeOf(k8u), 2, 2, 2, a); }),
+        2u);
 
     ktest::CountingAlloc alloc;
     kArray2 matrix = kNULL;
@@ -455,8 +484,11 @@ TEST(Arrays, AllocationFailureAtEveryStepLeavesNothing)
 
     kArray1 nested = MakeNested(3, alloc);
     /* Outer instance, handle block, then instance and items of each inner array. */
-    EXPECT_EQ(ExpectCleanFailuresDisposing([&](kAlloc a, kObject* out)
-                                           { return kObject_Clone(out, nested, a); }),
+    EXPECT_EQ(ktest::ExpectCleanFailuresDisposing([&](kAlloc a, kObject* out)
+                                                  { return kObject_Clone(out, nested, a); }),
               2u + 3u * 2u);
     kObject_Dispose(nested);
 }
+
+/* Registration symbols of the test allocator. */
+kDefineClass(kTestDeviceAlloc, kAlloc)
