@@ -19,6 +19,7 @@
 #include <kBasis/kString.h>
 #include <kBasis/kImage.h>
 #include <kBasis/kIpp.h>
+#include <kBasis/kQueue.h>
 #include <kBasis/kStream.h>
 #include <kBasis/kMemoryStream.h>
 #include <kBasis/kXml.h>

@@ -10,6 +10,7 @@
 #include <kBasis/kMemoryStream.h>
 #include <kBasis/kXml.h>
 #include <kBasis/kImage.h>
+#include <kBasis/kQueue.h>
 
 kAssembly xxkBasisLib_assembly = kNULL;
 
@@ -78,6 +79,7 @@ kStatus AddTypes(kAssembly assembly)
     kAddType(kString);
     kAddType(kPixelFormat);
     kAddType(kImage);
+    kAddType(kQueue);
 
     /* Threads, time and files. */
 
