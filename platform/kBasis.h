@@ -23,5 +23,19 @@
 #include <kBasis/kStream.h>
 #include <kBasis/kMemoryStream.h>
 #include <kBasis/kXml.h>
+#include <kBasis/kThread.h>
+#include <kBasis/kLock.h>
+#include <kBasis/kSemaphore.h>
+#include <kBasis/kThreadPool.h>
+#include <kBasis/kParallel.h>
+#include <kBasis/kMsgQueue.h>
+#include <kBasis/kTimer.h>
+#include <kBasis/kDateTime.h>
+#include <kBasis/kAtomic.h>
+#include <kBasis/kFile.h>
+#include <kBasis/kDirectory.h>
+#include <kBasis/kPath.h>
+#include <kBasis/kMath.h>
+#include <kBasis/kSpline.h>
 
 #endif

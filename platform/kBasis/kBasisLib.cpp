@@ -11,6 +11,14 @@
 #include <kBasis/kXml.h>
 #include <kBasis/kImage.h>
 #include <kBasis/kQueue.h>
+#include <kBasis/kThread.h>
+#include <kBasis/kLock.h>
+#include <kBasis/kSemaphore.h>
+#include <kBasis/kThreadPool.h>
+#include <kBasis/kMsgQueue.h>
+#include <kBasis/kTimer.h>
+#include <kBasis/kFile.h>
+#include <kBasis/kSpline.h>
 
 kAssembly xxkBasisLib_assembly = kNULL;
 
@@ -82,6 +90,14 @@ kStatus AddTypes(kAssembly assembly)
     kAddType(kQueue);
 
     /* Threads, time and files. */
+    kAddType(kThread);
+    kAddType(kLock);
+    kAddType(kSemaphore);
+    kAddType(kThreadPool);
+    kAddType(kMsgQueue);
+    kAddType(kTimer);
+    kAddType(kFile);
+    kAddType(kSpline);
 
     /* XML and serialisation. */
     kAddType(kStream);
