@@ -299,6 +299,18 @@ struct StreamWriter : pugi::xml_writer
     kStatus status = kOK;
 };
 
+/* pugixml output appended to a string. */
+struct StringWriter : pugi::xml_writer
+{
+    explicit StringWriter(kString s) : text(s) {}
+    void write(const void* data, size_t size) override
+    {
+        if (kSuccess(status)) status = kString_AddSubstring(text, (const kChar*)data, 0, size);
+    }
+    kString text;
+    kStatus status = kOK;
+};
+
 kStatus Create(kXmlClass** out, kAlloc allocator)
 {
     kAlloc alloc = kAlloc_Fallback(allocator);
@@ -451,6 +463,16 @@ cleanup:
     return status;
 }
 
+kFx(kStatus) kXml_ToString(kXml xml, kString text)
+{
+    kXmlClass* obj = Cast(xml);
+    kCheckArgs(obj);
+    kCheck(kString_Clear(text));
+    StringWriter writer(text);
+    obj->doc->save(writer, "  ", pugi::format_default, pugi::encoding_utf8);
+    return writer.status;
+}
+
 kFx(kStatus) kXml_Assign(kXml xml, kXml source)
 {
     kXmlClass* obj = Cast(xml);
@@ -583,6 +605,15 @@ kFx(kStatus)
     return CopyText(node.child_value(), buffer, capacity);
 }
 
+kFx(kStatus) kXml_ChildString(kXml xml, kXmlItem item, const kChar* path, kString value)
+{
+    kXmlClass* obj = Cast(xml);
+    pugi::xml_node node;
+    kCheckArgs(obj);
+    kCheck(Resolve(obj, item, path, false, &node));
+    return kString_Set(value, node.child_value());
+}
+
 kFx(kStatus) kXml_Item32s(kXml xml, kXmlItem item, k32s* value)
 {
     return ReadItem(xml, item, value, ParseNumber<k32s>);
@@ -618,6 +649,13 @@ kFx(kStatus) kXml_ItemText(kXml xml, kXmlItem item, kChar* buffer, kSize capacit
     kXmlClass* obj = Cast(xml);
     kCheckArgs(obj && IsOwnItem(obj, item));
     return CopyText(Node(item).child_value(), buffer, capacity);
+}
+
+kFx(kStatus) kXml_ItemString(kXml xml, kXmlItem item, kString value)
+{
+    kXmlClass* obj = Cast(xml);
+    kCheckArgs(obj && IsOwnItem(obj, item));
+    return kString_Set(value, Node(item).child_value());
 }
 
 /* ----- Writers ----------------------------------------------------------------------------- */
@@ -742,6 +780,13 @@ kFx(kStatus)
     pugi::xml_attribute attr;
     kCheck(FindAttr(xml, item, name, &attr));
     return CopyText(attr.value(), buffer, capacity);
+}
+
+kFx(kStatus) kXml_AttrString(kXml xml, kXmlItem item, const kChar* name, kString value)
+{
+    pugi::xml_attribute attr;
+    kCheck(FindAttr(xml, item, name, &attr));
+    return kString_Set(value, attr.value());
 }
 
 kFx(kBool) kXml_AttrExists(kXml xml, kXmlItem item, const kChar* name)

@@ -41,6 +41,7 @@
 #define K_BASIS_XML_H
 
 #include <kBasis/kStream.h>
+#include <kBasis/kString.h>
 
 typedef kObject kXml;
 kDeclareClass(kXml, kObject);
@@ -87,6 +88,9 @@ kFx(kStatus) kXml_Save(kXml xml, const kChar* fileName);
 
 /** Writes the document at the stream's position. @return kOK; the stream's failure. */
 kFx(kStatus) kXml_Write(kXml xml, kStream stream);
+
+/** Replaces the contents of text with the document, as kXml_Write writes it. */
+kFx(kStatus) kXml_ToString(kXml xml, kString text);
 
 /** Makes xml a deep copy of source (items of xml are invalidated). */
 kFx(kStatus) kXml_Assign(kXml xml, kXml source);
@@ -144,6 +148,9 @@ kFx(kStatus) kXml_ChildSize(kXml xml, kXmlItem item, const kChar* path, kSize* v
 kFx(kStatus)
     kXml_ChildText(kXml xml, kXmlItem item, const kChar* path, kChar* buffer, kSize capacity);
 
+/** Replaces the contents of value with the text of the descendant at path. */
+kFx(kStatus) kXml_ChildString(kXml xml, kXmlItem item, const kChar* path, kString value);
+
 /* ----- Typed readers of an item itself ----------------------------------------------------- */
 
 kFx(kStatus) kXml_Item32s(kXml xml, kXmlItem item, k32s* value);
@@ -154,6 +161,9 @@ kFx(kStatus) kXml_ItemBool(kXml xml, kXmlItem item, kBool* value);
 kFx(kStatus) kXml_ItemSize(kXml xml, kXmlItem item, kSize* value);
 /** As kXml_ChildText, for the item itself. */
 kFx(kStatus) kXml_ItemText(kXml xml, kXmlItem item, kChar* buffer, kSize capacity);
+
+/** Replaces the contents of value with the item's text. */
+kFx(kStatus) kXml_ItemString(kXml xml, kXmlItem item, kString value);
 
 /* ----- Writers ----------------------------------------------------------------------------- */
 
@@ -196,6 +206,8 @@ kFx(kStatus) kXml_Attr32u(kXml xml, kXmlItem item, const kChar* name, k32u* valu
 /** Copies an attribute's text into buffer. @return As kXml_ChildText. */
 kFx(kStatus)
     kXml_AttrText(kXml xml, kXmlItem item, const kChar* name, kChar* buffer, kSize capacity);
+/** Replaces the contents of value with an attribute's text. */
+kFx(kStatus) kXml_AttrString(kXml xml, kXmlItem item, const kChar* name, kString value);
 kFx(kBool) kXml_AttrExists(kXml xml, kXmlItem item, const kChar* name);
 kFx(kSize) kXml_AttrCount(kXml xml, kXmlItem item);
 /** Name of the attribute at index, or null when out of range. */

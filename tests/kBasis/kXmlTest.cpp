@@ -557,3 +557,28 @@ TEST(kXml, ConstructionFailsCleanlyAtEveryAllocation)
             return status;
         });
 }
+
+TEST(kXml, StringReadersAndToStringFillAKString)
+{
+    ktest::CountingAlloc alloc;
+    Doc doc;
+    ASSERT_EQ(kXml_SetChildText(doc, kNULL, "S\\Name", "a long name & more"), kOK);
+    kXmlItem root = kXml_Root(doc);
+    ASSERT_EQ(kXml_SetAttrText(doc, root, "id", "x<y"), kOK);
+
+    kString str = kNULL;
+    ASSERT_EQ(kString_Construct(&str, "old", alloc), kOK);
+    EXPECT_EQ(kXml_ChildString(doc, kNULL, "S\\Name", str), kOK);
+    EXPECT_STREQ(kString_Chars(str), "a long name & more");
+    EXPECT_EQ(kXml_ItemString(doc, root, str), kOK);
+    EXPECT_STREQ(kString_Chars(str), "");
+    EXPECT_EQ(kXml_AttrString(doc, root, "id", str), kOK);
+    EXPECT_STREQ(kString_Chars(str), "x<y");
+    EXPECT_EQ(kXml_ChildString(doc, kNULL, "S\\None", str), kSTATUS_NOT_FOUND);
+    EXPECT_EQ(kXml_AttrString(doc, root, "none", str), kSTATUS_NOT_FOUND);
+    EXPECT_STREQ(kString_Chars(str), "x<y");
+
+    EXPECT_EQ(kXml_ToString(doc, str), kOK);
+    EXPECT_EQ(std::string(kString_Chars(str)), Text(doc));
+    EXPECT_EQ(kObject_Destroy(str), kOK);
+}
