@@ -11,5 +11,14 @@
 #include <kTessel/kPhasePixel.h>
 #include <kTessel/kSpot.h>
 #include <kTessel/kStamp.h>
+#include <kTessel/kMsg.h>
+#include <kTessel/kProfileMsg.h>
+#include <kTessel/kPxPipeline.h>
+#include <kTessel/kSettings.h>
+#include <kTessel/kAxAction.h>
+#include <kTessel/kCameraPhaseDecoder.h>
+#include <kTessel/kStorageStream.h>
+#include <kTessel/kCudaAlloc.h>
+#include <kTessel/kCudaUtils.h>
 
 #endif

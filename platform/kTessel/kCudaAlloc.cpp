@@ -7,32 +7,21 @@ struct kCudaAllocClass
     k32s kind; // xkCUDA_MEMORY_DEVICE or xkCUDA_MEMORY_MANAGED
 };
 
-kDefineClass(kCudaAlloc, kAlloc)
+kDefineClass(kCudaAlloc, kAlloc);
 
-    namespace
+namespace
 {
-    /* The two shared instances, kept in the type's static state. */
-    struct Instances
-    {
-        kCudaAllocClass device;
-        kCudaAllocClass managed;
-    };
+/* The two shared instances live as long as the process; their header is bound to the type
+   when the platform registers it. */
+kCudaAllocClass s_device = {{{kNULL, kNULL, 1, kOBJECT_TAG}}, xkCUDA_MEMORY_DEVICE};
+kCudaAllocClass s_managed = {{{kNULL, kNULL, 1, kOBJECT_TAG}}, xkCUDA_MEMORY_MANAGED};
 
-    Instances* TheInstances() { return static_cast<Instances*>(kType_Static(kTypeOf(kCudaAlloc))); }
-
-    kStatus InitInstance(kCudaAllocClass * instance, k32s kind)
-    {
-        kCheck(kObject_Init(instance, kTypeOf(kCudaAlloc), kNULL));
-        instance->kind = kind;
-        return kOK;
-    }
-
-    kStatus InitStatic()
-    {
-        Instances* instances = TheInstances();
-        kCheck(InitInstance(&instances->device, xkCUDA_MEMORY_DEVICE));
-        return InitInstance(&instances->managed, xkCUDA_MEMORY_MANAGED);
-    }
+kStatus BindInstances()
+{
+    s_device.base.base.type = kTypeOf(kCudaAlloc);
+    s_managed.base.base.type = kTypeOf(kCudaAlloc);
+    return kOK;
+}
 } // namespace
 
 static kStatus xkCudaAlloc_VGet(kAlloc alloc, kSize size, void** mem)
@@ -53,12 +42,12 @@ static k32u xkCudaAlloc_VTraits(kAlloc alloc)
 kFx(kStatus) xxkCudaAlloc_Register(kAssembly assembly, const kChar* name)
 {
     kCheck(kAddClass(kCudaAlloc, kAlloc));
-    kCheck(xkType_AddStatic(kTypeOf(kCudaAlloc), sizeof(Instances), InitStatic, kNULL));
+    kCheck(xkType_AddStatic(kTypeOf(kCudaAlloc), 0, BindInstances, kNULL));
     kCheck(kAddVMethod(kCudaAlloc, VGet));
     kCheck(kAddVMethod(kCudaAlloc, VFree));
     return kAddVMethod(kCudaAlloc, VTraits);
 }
 
-kFx(kAlloc) kCudaDeviceAlloc_Instance(void) { return &TheInstances()->device; }
+kFx(kAlloc) kCudaDeviceAlloc_Instance(void) { return &s_device; }
 
-kFx(kAlloc) kCudaManagedAlloc_Instance(void) { return &TheInstances()->managed; }
+kFx(kAlloc) kCudaManagedAlloc_Instance(void) { return &s_managed; }

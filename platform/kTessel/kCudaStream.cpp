@@ -7,9 +7,9 @@ struct kCudaStreamClass
     void* handle; // cudaStream_t; null without a device
 };
 
-kDefineClass(kCudaStream, kObject)
+kDefineClass(kCudaStream, kObject);
 
-    static kStatus xkCudaStream_VRelease(kObject stream)
+static kStatus xkCudaStream_VRelease(kObject stream)
 {
     kCudaStreamClass* obj = kCastRaw(kCudaStream, stream);
     kCheck(xkCuda_StreamDestroy(obj->handle));

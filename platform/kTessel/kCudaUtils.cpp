@@ -1,5 +1,7 @@
 #include <kTessel/kCudaUtils.x.h>
 #include <kTessel/kCudaAlloc.h>
+#include <kBasis/kArray1.h>
+#include <kBasis/kArray2.h>
 
 #include <atomic>
 #include <cstdlib>
@@ -213,4 +215,96 @@ kFx(kStatus) kCudaUtils_FreeDeviceRef(void** device)
     kStatus status = xkCuda_Free(*device, xkCUDA_MEMORY_DEVICE);
     *device = kNULL;
     return status;
+}
+
+/* ----- Arrays ------------------------------------------------------------------------------ */
+
+namespace
+{
+/* Class, item type and lengths of an array of a class the GPU helpers handle. */
+struct Shape
+{
+    kType type;
+    kType itemType;
+    kSize length[2];
+};
+
+kStatus ShapeOf(kObject array, Shape* shape)
+{
+    if (kObject_Is(array, kTypeOf(kArray1)))
+        *shape = {kTypeOf(kArray1), kArray1_ItemType(array), {kArray1_Length(array), 1}};
+    else if (kObject_Is(array, kTypeOf(kArray2)))
+        *shape = {kTypeOf(kArray2),
+                  kArray2_ItemType(array),
+                  {kArray2_Length(array, 0), kArray2_Length(array, 1)}};
+    else
+        return kSTATUS_BAD_PARAMETER;
+    /* Handles mean nothing on the device: only value items cross. */
+    kCheckArgs(kType_IsValue(shape->itemType));
+    return kOK;
+}
+
+bool SameShape(const Shape& a, const Shape& b)
+{
+    return a.type == b.type && a.itemType == b.itemType && a.length[0] == b.length[0] &&
+           a.length[1] == b.length[1];
+}
+
+kStatus Reshape(kObject array, const Shape& shape)
+{
+    if (shape.type == kTypeOf(kArray1))
+        return kArray1_Allocate(array, shape.itemType, shape.length[0]);
+    return kArray2_Allocate(array, shape.itemType, shape.length[0], shape.length[1]);
+}
+
+void* DataOf(kObject array)
+{
+    return kObject_Is(array, kTypeOf(kArray1)) ? kArray1_Data(array) : kArray2_Data(array);
+}
+
+kSize DataSizeOf(kObject array)
+{
+    return kObject_Is(array, kTypeOf(kArray1)) ? kArray1_DataSize(array) : kArray2_DataSize(array);
+}
+} // namespace
+
+kFx(kStatus) kCudaUtils_AssignArray(kObject destination, kObject source, kCudaStream stream)
+{
+    Shape to, from;
+    kCheck(ShapeOf(source, &from));
+    kCheck(ShapeOf(destination, &to));
+    kCheckArgs(to.type == from.type);
+    if (!SameShape(to, from)) kCheck(Reshape(destination, from));
+    return kCudaUtils_Copy(DataOf(destination), DataOf(source), DataSizeOf(source), stream);
+}
+
+kFx(kStatus) kCudaUtils_PrepareDeviceArray(kObject* device, kObject host, kCudaStream stream)
+{
+    Shape shape;
+    kObject created = kNULL;
+    kStatus status;
+
+    kCheckArgs(device);
+    kCheck(ShapeOf(host, &shape));
+    if (*device) return kCudaUtils_AssignArray(*device, host, stream);
+
+    kAlloc alloc = kObject_Alloc(host), deviceAlloc = kCudaDeviceAlloc_Instance();
+    if (shape.type == kTypeOf(kArray1))
+        kCheck(kArray1_ConstructEx(&created, shape.itemType, shape.length[0], alloc, deviceAlloc));
+    else
+        kCheck(kArray2_ConstructEx(&created, shape.itemType, shape.length[0], shape.length[1],
+                                   alloc, deviceAlloc));
+
+    if (!kSuccess(status = kCudaUtils_AssignArray(created, host, stream)))
+    {
+        kObject_Destroy(created);
+        return status;
+    }
+    *device = created;
+    return kOK;
+}
+
+kFx(kStatus) kCudaUtils_ExportDeviceArray(kObject host, kObject device, kCudaStream stream)
+{
+    return kCudaUtils_AssignArray(host, device, stream);
 }

@@ -68,7 +68,7 @@ kFx(kStatus) kCudaUtils_PrepareDeviceValue(void** device, const void* host, kSiz
 kFx(kStatus) kCudaUtils_FreeDeviceRef(void** device);
 
 /**
- * Makes `*device` an array (kArray1, kArray2 or kArray3) of the host array's item type and
+ * Makes `*device` an array (kArray1 or kArray2, of value items) of the host array's item type and
  * shape in device memory (kCudaDeviceAlloc_Instance) and copies the host contents into it. An
  * array given in `*device` is re-shaped in place when its shape differs.
  *
@@ -82,7 +82,7 @@ kFx(kStatus) kCudaUtils_PrepareDeviceArray(kObject* device, kObject host, kCudaS
 
 /**
  * Gives `destination` the item type, shape and contents of `source`, copying across memory
- * kinds as needed; both are arrays of the same class (kArray1, kArray2 or kArray3).
+ * kinds as needed; both are arrays of the same class (kArray1 or kArray2, of value items).
  */
 kFx(kStatus) kCudaUtils_AssignArray(kObject destination, kObject source, kCudaStream stream);
 

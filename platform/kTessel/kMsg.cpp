@@ -7,9 +7,9 @@ struct kMsgClass
     kObject data; // owned, disposed with the message
 };
 
-kDefineClass(kMsg, kObject)
+kDefineClass(kMsg, kObject);
 
-    static kStatus xkMsg_Init(kMsg msg, const kStamp* stamp, kObject data, kAlloc alloc)
+static kStatus xkMsg_Init(kMsg msg, const kStamp* stamp, kObject data, kAlloc alloc)
 {
     kMsgClass* obj = static_cast<kMsgClass*>(msg);
     kCheck(kObject_Init(msg, kTypeOf(kMsg), alloc));
@@ -34,11 +34,11 @@ static kStatus xkMsg_VInitClone(kObject msg, kObject source, kAlloc allocator)
     return status;
 }
 
-/* A message lives wherever its payload lives: the pipeline copies foreign payloads to host
-   memory before handing them to a port that does not accept them. */
+/* A message is where its payload is (the header alone tells nothing): the pipeline copies
+   foreign payloads to host memory before handing them to a port that does not accept them. */
 static k32u xkMsg_VAllocTraits(kObject msg)
 {
-    return xkObject_VAllocTraits(msg) | kObject_AllocTraits(kCastRaw(kMsg, msg)->data);
+    return kObject_AllocTraits(kCastRaw(kMsg, msg)->data);
 }
 
 static kSize xkMsg_VSize(kObject msg)

@@ -16,26 +16,26 @@ struct kProfileMsgClass
     kByte* data;
 };
 
-kDefineClass(kProfileMsg, kObject)
+kDefineClass(kProfileMsg, kObject);
 
-    namespace
+namespace
 {
-    constexpr kSize kSectionAlign = 8;
+constexpr kSize kSectionAlign = 8;
 
-    /* Appends a section of count items of itemSize bytes at *end; false on overflow. */
-    bool AddSection(kSize * end, kSize * offset, kSize count, kSize itemSize)
-    {
-        if (itemSize != 0 && count > (kSIZE_MAX - kSectionAlign - *end) / itemSize) return false;
-        *offset = *end;
-        *end += (count * itemSize + kSectionAlign - 1) / kSectionAlign * kSectionAlign;
-        return true;
-    }
+/* Appends a section of count items of itemSize bytes at *end; false on overflow. */
+bool AddSection(kSize* end, kSize* offset, kSize count, kSize itemSize)
+{
+    if (itemSize != 0 && count > (kSIZE_MAX - kSectionAlign - *end) / itemSize) return false;
+    *offset = *end;
+    *end += (count * itemSize + kSectionAlign - 1) / kSectionAlign * kSectionAlign;
+    return true;
+}
 
-    kProfileMsgClass* Profile(kProfileMsg msg, kSize index)
-    {
-        kObjN(kProfileMsg, obj, msg);
-        return (obj && index < obj->count && obj->width > 0) ? obj : kNULL;
-    }
+kProfileMsgClass* Profile(kProfileMsg msg, kSize index)
+{
+    kObjN(kProfileMsg, obj, msg);
+    return (obj && index < obj->count && obj->width > 0) ? obj : kNULL;
+}
 } // namespace
 
 static kStatus xkProfileMsg_Init(kProfileMsg msg, kType pointType, kSize count, kSize width,

@@ -6,30 +6,30 @@
 #include <cstdio>
 #include <cstring>
 
-kDefineClass(kPxBlock, kObject)
+kDefineClass(kPxBlock, kObject);
 
-    namespace
+namespace
 {
-    kPxBlockClass* Block(kPxBlock block) { return static_cast<kPxBlockClass*>(block); }
+kPxBlockClass* Block(kPxBlock block) { return static_cast<kPxBlockClass*>(block); }
 
-    kStatus DefinePort(kPxBlock block, const kChar* name, k32u id, kBool isInput, kPxPort* port)
-    {
-        kObjR(kPxBlock, block);
-        kPxPort existing = kNULL;
-        kPxPort created = kNULL;
+kStatus DefinePort(kPxBlock block, const kChar* name, k32u id, kBool isInput, kPxPort* port)
+{
+    kObjR(kPxBlock, block);
+    kPxPort existing = kNULL;
+    kPxPort created = kNULL;
 
-        kCheckArgs(name);
-        kCheckState(!kPxPipeline_IsStarted(obj->pipeline));
-        kCheckTrue(!kSuccess(kPxBlock_FindPort(block, id, &existing)), kSTATUS_DUPLICATE);
-        kCheck(xkPxPort_Construct(&created, block, name, id, isInput, kObject_Alloc(block)));
+    kCheckArgs(name);
+    kCheckState(!kPxPipeline_IsStarted(obj->pipeline));
+    kCheckTrue(!kSuccess(kPxBlock_FindPort(block, id, &existing)), kSTATUS_DUPLICATE);
+    kCheck(xkPxPort_Construct(&created, block, name, id, isInput, kObject_Alloc(block)));
 
-        kPxPort* link = &obj->firstPort;
-        while (*link)
-            link = &static_cast<kPxPortClass*>(*link)->next;
-        *link = created;
-        if (port) *port = created;
-        return kOK;
-    }
+    kPxPort* link = &obj->firstPort;
+    while (*link)
+        link = &static_cast<kPxPortClass*>(*link)->next;
+    *link = created;
+    if (port) *port = created;
+    return kOK;
+}
 } // namespace
 
 kStatus xkPxBlock_Init(kPxBlock block, kType type, kObject pipeline, kXml settings,

@@ -45,151 +45,150 @@ struct kPxPipelineClass
     kChar directory[256];
 };
 
-kDefineClass(kPxPipeline, kObject)
+kDefineClass(kPxPipeline, kObject);
 
-    namespace
+namespace
 {
-    template <typename T>
-    kSize CountOf(kMemory memory)
+template <typename T>
+kSize CountOf(kMemory memory)
+{
+    return kMemory_Length(memory) / sizeof(T);
+}
+
+template <typename T>
+T* At(kMemory memory, kSize index)
+{
+    return static_cast<T*>(kMemory_At(memory, index * sizeof(T)));
+}
+
+kBool Owns(kPxPipelineClass* obj, kPxBlock block)
+{
+    for (kSize i = 0; i < CountOf<kPxBlock>(obj->blocks); ++i)
+        if (*At<kPxBlock>(obj->blocks, i) == block) return kTRUE;
+    return kFALSE;
+}
+
+kStatus FindPort(kPxPipelineClass* obj, kPxBlock block, k32u id, kBool isInput, kPxPort* port)
+{
+    kCheckArgs(Owns(obj, block));
+    kCheck(kPxBlock_FindPort(block, id, port));
+    kCheckTrue(kPxPort_IsInput(*port) == isInput, kSTATUS_NOT_FOUND);
+    return kOK;
+}
+
+kStatus AddRoute(kPxPipelineClass* obj, const Route& route)
+{
+    for (kSize i = 0; i < CountOf<Route>(obj->routes); ++i)
     {
-        return kMemory_Length(memory) / sizeof(T);
+        const Route* r = At<Route>(obj->routes, i);
+        kCheckTrue(r->output != route.output || r->input != route.input || r->sink != route.sink,
+                   kSTATUS_DUPLICATE);
+    }
+    kCheck(kMemory_Append(obj->routes, &route, sizeof(route)));
+    static_cast<kPxPortClass*>(route.output)->routeCount++;
+    if (route.input) static_cast<kPxPortClass*>(route.input)->routeCount++;
+    return kOK;
+}
+
+/* Hands one delivery to its sink or block. A foreign payload is copied to host memory first
+   when the input does not take foreign data. */
+kStatus Deliver(const Delivery& d)
+{
+    if (d.sink)
+    {
+        kStatus status = xkPxSink_Add(d.sink, d.message);
+        if (!kSuccess(status)) kObject_Dispose(d.message);
+        return status;
     }
 
-    template <typename T>
-    T* At(kMemory memory, kSize index)
+    kPxBlock block = kPxPort_Block(d.input);
+    kObject message = d.message;
+    if (!kPxPort_AcceptsForeignData(d.input) &&
+        (kObject_AllocTraits(message) & kALLOC_TRAIT_HOST) == 0)
     {
-        return static_cast<T*>(kMemory_At(memory, index * sizeof(T)));
+        kObject copy = kNULL;
+        kStatus status = kObject_Clone(&copy, message, kPxBlock_MessageAlloc(block));
+        kObject_Dispose(message);
+        kCheck(status);
+        message = copy;
     }
+    return xkPxBlock_VTable(block)->VOnReceive(block, d.input, message);
+}
 
-    kBool Owns(kPxPipelineClass * obj, kPxBlock block)
+/* Delivers queued messages, including those sent meanwhile, while running. */
+kStatus Pump(kPxPipelineClass* obj)
+{
+    kStatus first = kOK;
+    if (obj->delivering) return kOK;
+    obj->delivering = kTRUE;
+    while (obj->state == kRUNNING && obj->queueHead < CountOf<Delivery>(obj->queue))
     {
-        for (kSize i = 0; i < CountOf<kPxBlock>(obj->blocks); ++i)
-            if (*At<kPxBlock>(obj->blocks, i) == block) return kTRUE;
-        return kFALSE;
+        Delivery d = *At<Delivery>(obj->queue, obj->queueHead++);
+        kStatus status = Deliver(d);
+        if (kSuccess(first)) first = status;
     }
-
-    kStatus FindPort(kPxPipelineClass * obj, kPxBlock block, k32u id, kBool isInput, kPxPort * port)
+    if (obj->queueHead == CountOf<Delivery>(obj->queue))
     {
-        kCheckArgs(Owns(obj, block));
-        kCheck(kPxBlock_FindPort(block, id, port));
-        kCheckTrue(kPxPort_IsInput(*port) == isInput, kSTATUS_NOT_FOUND);
-        return kOK;
-    }
-
-    kStatus AddRoute(kPxPipelineClass * obj, const Route& route)
-    {
-        for (kSize i = 0; i < CountOf<Route>(obj->routes); ++i)
-        {
-            const Route* r = At<Route>(obj->routes, i);
-            kCheckTrue(r->output != route.output || r->input != route.input ||
-                           r->sink != route.sink,
-                       kSTATUS_DUPLICATE);
-        }
-        kCheck(kMemory_Append(obj->routes, &route, sizeof(route)));
-        static_cast<kPxPortClass*>(route.output)->routeCount++;
-        if (route.input) static_cast<kPxPortClass*>(route.input)->routeCount++;
-        return kOK;
-    }
-
-    /* Hands one delivery to its sink or block. A foreign payload is copied to host memory first
-       when the input does not take foreign data. */
-    kStatus Deliver(const Delivery& d)
-    {
-        if (d.sink)
-        {
-            kStatus status = xkPxSink_Add(d.sink, d.message);
-            if (!kSuccess(status)) kObject_Dispose(d.message);
-            return status;
-        }
-
-        kPxBlock block = kPxPort_Block(d.input);
-        kObject message = d.message;
-        if (!kPxPort_AcceptsForeignData(d.input) &&
-            (kObject_AllocTraits(message) & kALLOC_TRAIT_HOST) == 0)
-        {
-            kObject copy = kNULL;
-            kStatus status = kObject_Clone(&copy, message, kPxBlock_MessageAlloc(block));
-            kObject_Dispose(message);
-            kCheck(status);
-            message = copy;
-        }
-        return xkPxBlock_VTable(block)->VOnReceive(block, d.input, message);
-    }
-
-    /* Delivers queued messages, including those sent meanwhile, while running. */
-    kStatus Pump(kPxPipelineClass * obj)
-    {
-        kStatus first = kOK;
-        if (obj->delivering) return kOK;
-        obj->delivering = kTRUE;
-        while (obj->state == kRUNNING && obj->queueHead < CountOf<Delivery>(obj->queue))
-        {
-            Delivery d = *At<Delivery>(obj->queue, obj->queueHead++);
-            kStatus status = Deliver(d);
-            if (kSuccess(first)) first = status;
-        }
-        if (obj->queueHead == CountOf<Delivery>(obj->queue))
-        {
-            kMemory_Allocate(obj->queue, 0);
-            obj->queueHead = 0;
-        }
-        obj->delivering = kFALSE;
-        return first;
-    }
-
-    kStatus DisposeQueue(kPxPipelineClass * obj)
-    {
-        kStatus first = kOK;
-        for (kSize i = obj->queueHead; i < CountOf<Delivery>(obj->queue); ++i)
-        {
-            kStatus status = kObject_Dispose(At<Delivery>(obj->queue, i)->message);
-            if (kSuccess(first)) first = status;
-        }
+        kMemory_Allocate(obj->queue, 0);
         obj->queueHead = 0;
-        kCheck(kMemory_Allocate(obj->queue, 0));
-        return first;
     }
+    obj->delivering = kFALSE;
+    return first;
+}
 
-    /* Appends count deliveries at once, so that a failure leaves the queue (and the message's
-       ownership) as it was; the caller fills them in. */
-    kStatus Reserve(kPxPipelineClass * obj, kSize count, Delivery * *slots)
+kStatus DisposeQueue(kPxPipelineClass* obj)
+{
+    kStatus first = kOK;
+    for (kSize i = obj->queueHead; i < CountOf<Delivery>(obj->queue); ++i)
     {
-        kSize length = kMemory_Length(obj->queue);
-        kCheck(kMemory_Allocate(obj->queue, length + count * sizeof(Delivery)));
-        *slots = static_cast<Delivery*>(kMemory_At(obj->queue, length));
-        return kOK;
+        kStatus status = kObject_Dispose(At<Delivery>(obj->queue, i)->message);
+        if (kSuccess(first)) first = status;
     }
+    obj->queueHead = 0;
+    kCheck(kMemory_Allocate(obj->queue, 0));
+    return first;
+}
 
-    typedef kStatus (*BlockStep)(kPxBlock block);
+/* Appends count deliveries at once, so that a failure leaves the queue (and the message's
+   ownership) as it was; the caller fills them in. */
+kStatus Reserve(kPxPipelineClass* obj, kSize count, Delivery** slots)
+{
+    kSize length = kMemory_Length(obj->queue);
+    kCheck(kMemory_Allocate(obj->queue, length + count * sizeof(Delivery)));
+    *slots = static_cast<Delivery*>(kMemory_At(obj->queue, length));
+    return kOK;
+}
 
-    /* Runs step on blocks [begin, end) in order (or reverse); returns the first failure but calls
-       every block. */
-    kStatus ForBlocks(kPxPipelineClass * obj, kSize begin, kSize end, bool reverse,
-                      BlockStep kPxBlockVTable::*step)
+typedef kStatus (*BlockStep)(kPxBlock block);
+
+/* Runs step on blocks [begin, end) in order (or reverse); returns the first failure but calls
+   every block. */
+kStatus ForBlocks(kPxPipelineClass* obj, kSize begin, kSize end, bool reverse,
+                  BlockStep kPxBlockVTable::*step)
+{
+    kStatus first = kOK;
+    for (kSize n = begin; n < end; ++n)
     {
-        kStatus first = kOK;
-        for (kSize n = begin; n < end; ++n)
-        {
-            kPxBlock block = *At<kPxBlock>(obj->blocks, reverse ? end - 1 - (n - begin) : n);
-            kStatus status = (xkPxBlock_VTable(block)->*step)(block);
-            if (kSuccess(first)) first = status;
-        }
-        return first;
+        kPxBlock block = *At<kPxBlock>(obj->blocks, reverse ? end - 1 - (n - begin) : n);
+        kStatus status = (xkPxBlock_VTable(block)->*step)(block);
+        if (kSuccess(first)) first = status;
     }
+    return first;
+}
 
-    kStatus DestroyBlocks(kPxPipelineClass * obj)
+kStatus DestroyBlocks(kPxPipelineClass* obj)
+{
+    kStatus first = kOK;
+    kSize count = CountOf<kPxBlock>(obj->blocks);
+    for (kSize i = count; i > 0; --i)
     {
-        kStatus first = kOK;
-        kSize count = CountOf<kPxBlock>(obj->blocks);
-        for (kSize i = count; i > 0; --i)
-        {
-            kPxBlock block = *At<kPxBlock>(obj->blocks, i - 1);
-            kStatus cleaned = xkPxBlock_VTable(block)->VOnCleanup(block);
-            kStatus destroyed = kObject_Destroy(block);
-            if (kSuccess(first)) first = kSuccess(cleaned) ? destroyed : cleaned;
-        }
-        return first;
+        kPxBlock block = *At<kPxBlock>(obj->blocks, i - 1);
+        kStatus cleaned = xkPxBlock_VTable(block)->VOnCleanup(block);
+        kStatus destroyed = kObject_Destroy(block);
+        if (kSuccess(first)) first = kSuccess(cleaned) ? destroyed : cleaned;
     }
+    return first;
+}
 } // namespace
 
 static kStatus xkPxPipeline_VRelease(kObject pipeline)

@@ -2,9 +2,9 @@
 
 #include <cstring>
 
-kDefineClass(kPxPort, kObject)
+kDefineClass(kPxPort, kObject);
 
-    kFx(kStatus) xxkPxPort_Register(kAssembly assembly, const kChar* name)
+kFx(kStatus) xxkPxPort_Register(kAssembly assembly, const kChar* name)
 {
     return kAddClass(kPxPort, kObject);
 }

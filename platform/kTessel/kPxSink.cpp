@@ -6,9 +6,9 @@ struct kPxSinkClass
     kMemory messages; // kObject handles, owned
 };
 
-kDefineClass(kPxSink, kObject)
+kDefineClass(kPxSink, kObject);
 
-    static kStatus xkPxSink_VRelease(kObject sink)
+static kStatus xkPxSink_VRelease(kObject sink)
 {
     kPxSinkClass* obj = kCastRaw(kPxSink, sink);
     if (obj->messages) kCheck(kPxSink_Clear(sink));

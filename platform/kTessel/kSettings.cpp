@@ -249,6 +249,7 @@ kFx(kStatus) kSettings_Validate(const kSettingsSchema* schema, void* record)
 kFx(kStatus) kSettings_Load(const kSettingsSchema* schema, void* record, kXml xml)
 {
     kXmlItem root = kNULL;
+    kCheck(kSettings_Clear(schema, record));
     kCheck(kXml_FindRoot(xml, &root));
     return kSettings_Read(schema, record, xml, root);
 }
@@ -265,6 +266,7 @@ kFx(kStatus) kSettings_Normalize(const kSettingsSchema* schema, void* record, kX
 {
     kXmlItem root = kNULL;
     kCheck(RootOf(xml, &root));
+    kCheck(kSettings_Clear(schema, record));
     if (!kSuccess(kSettings_Read(schema, record, xml, root)) ||
         !kSuccess(kSettings_Validate(schema, record)))
         kCheck(kSettings_Clear(schema, record));

@@ -78,58 +78,61 @@ typedef k32s kSettingType;
 #define kSETTING_TYPE_TEXT (7) ///< kChar buffer field; size = capacity with the terminator.
 
 /** Key flags. */
-#define kSETTING_OPTIONAL (0x1) ///< A missing item keeps the current value; a bad one still fails.
-#define kSETTING_LENIENT                                                                           \
-    (0x2) ///< An item that does not read becomes 0 (text "") and the read goes on.
-#define kSETTING_RANGE (0x4) ///< Validate requires min <= value <= max.
-#define kSETTING_CLAMP (0x8) ///< With kSETTING_RANGE: Validate clamps instead of refusing.
+/** A missing item keeps the current value; a bad one still fails. */
+#define kSETTING_OPTIONAL (0x1)
+/** An item that does not read becomes 0 (text "") and the read goes on. */
+#define kSETTING_LENIENT (0x2)
+/** Validate requires min <= value <= max. */
+#define kSETTING_RANGE (0x4)
+/** With kSETTING_RANGE: Validate clamps instead of refusing. */
+#define kSETTING_CLAMP (0x8)
 
 /** Offset and size of FIELD of record struct RECORD, as designated initialisers. */
 #define kSETTING_FIELD(RECORD, FIELD)                                                              \
     .offset = offsetof(RECORD, FIELD), .size = sizeof(((RECORD*)0)->FIELD)
 
-/** One setting. Designated initialisers keep tables short: unnamed members are zero. */
+/** One setting. Designated initialisers keep tables short: members left out are zero. */
 typedef struct kSettingKey
 {
     /** Backslash path under the settings item ("Window0\\X"); with count > 1 a format holding
         one %d, replaced by the entry index from 0. */
-    const kChar* path;
-    kSettingType type;
+    const kChar* path = kNULL;
+    kSettingType type = 0;
     /** Byte offset of the field (of entry 0) in the record. */
-    kSize offset;
+    kSize offset = 0;
     /** Bytes of one entry: the type's size, or a text buffer's capacity. */
-    kSize size;
+    kSize size = 0;
     /** Entries of an indexed setting, stored contiguously from offset; 0 and 1 mean one. */
-    kSize count;
+    kSize count = 0;
     /** Default of every entry of a number or boolean. */
-    k64f defaultValue;
+    k64f defaultValue = 0;
     /** Default of a text setting (null: ""). */
-    const kChar* defaultText;
+    const kChar* defaultText = kNULL;
     /** Per-entry defaults (count values), used instead of defaultValue when not null. */
-    const k64f* defaults;
+    const k64f* defaults = kNULL;
     /** Inclusive range checked by Validate under kSETTING_RANGE. */
-    k64f min;
-    k64f max;
-    k32u flags;
+    k64f min = 0;
+    k64f max = 0;
+    k32u flags = 0;
 } kSettingKey;
 
 /** A settings record's keys and the hooks for what the keys cannot express (all optional). */
 typedef struct kSettingsSchema
 {
-    const kSettingKey* keys;
-    kSize keyCount;
+    const kSettingKey* keys = kNULL;
+    kSize keyCount = 0;
     /** Constructs owned objects of a settings class (kSettings_Construct, before Clear). */
-    kStatus (*onInit)(void* record, kAlloc allocator);
+    kStatus (*onInit)(void* record, kAlloc allocator) = kNULL;
     /** Resets what the keys do not cover (after the keys). */
-    kStatus (*onClear)(void* record);
+    kStatus (*onClear)(void* record) = kNULL;
     /** Reads further settings from the children of item (after the keys). */
-    kStatus (*onRead)(void* record, kXml xml, kXmlItem item);
+    kStatus (*onRead)(void* record, kXml xml, kXmlItem item) = kNULL;
     /** Writes further settings under item (after the keys). */
-    kStatus (*onWrite)(const void* record, kXml xml, kXmlItem item);
+    kStatus (*onWrite)(const void* record, kXml xml, kXmlItem item) = kNULL;
     /** Further consistency checks (after the ranges). */
-    kStatus (*onValidate)(void* record);
+    kStatus (*onValidate)(void* record) = kNULL;
     /** kTRUE: Write removes the item's content first, so that unknown children disappear. */
-    kBool clearItemOnWrite;
+    kBool clearItemOnWrite = kFALSE;
 } kSettingsSchema;
 
 /** Name of the root item that Store and Normalize give a document without one. */
@@ -159,16 +162,18 @@ kFx(kStatus)
  */
 kFx(kStatus) kSettings_Validate(const kSettingsSchema* schema, void* record);
 
-/** Reads the record from the document's root item. @return As Read; kSTATUS_NOT_FOUND for an
- *  empty document. */
+/** Resets the record to its defaults (so that optional keys missing from the document keep
+ *  them) and reads it from the document's root item. @return As Read; kSTATUS_NOT_FOUND for
+ *  an empty document. */
 kFx(kStatus) kSettings_Load(const kSettingsSchema* schema, void* record, kXml xml);
 
 /** Replaces the document's content by a root item "Settings" holding the record. */
 kFx(kStatus) kSettings_Store(const kSettingsSchema* schema, const void* record, kXml xml);
 
 /**
- * The setup step of every block and action: reads the record from the document's root item
- * and validates it; when either fails, resets the record to its defaults; then writes it back
+ * The setup step of every block and action: resets the record to its defaults, reads it from
+ * the document's root item and validates it; when either fails, resets the record to its
+ * defaults again (dropping what was read); then writes it back
  * under the root item, so that a missing or wrong document becomes a complete one. An empty
  * document first gets a root item "Settings".
  *

@@ -9,6 +9,9 @@
 #include <kTessel/kMsg.h>
 #include <kTessel/kProfileMsg.h>
 #include <kTessel/kPxPipeline.h>
+#include <kTessel/kAxAction.h>
+#include <kTessel/kCameraPhaseDecoder.h>
+#include <kTessel/kStorageStream.h>
 
 kAssembly xxkTesselLib_assembly = kNULL;
 
@@ -36,6 +39,20 @@ kStatus AddTypes(kAssembly assembly)
     kAddType(kPxBlock);
     kAddType(kPxSink);
     kAddType(kPxPipeline);
+
+    /* Actions and the simulated sensor node they program. */
+    kAddType(kAxAction);
+    kAddType(kRangeLutCaps);
+    kAddType(kCameraInfo);
+    kAddType(kCameraExt);
+    kAddType(kCameraPhaseDecoder);
+    kAddType(kCamera);
+    kAddType(kProjector);
+    kAddType(kSerialOut);
+    kAddType(kStorage);
+    kAddType(kStorageStream);
+    kAddType(kNode);
+    kAddType(kSystem);
 
     /* GPU streams and memory. */
     kAddType(kCudaStream);
