@@ -1,8 +1,8 @@
 #include <kTessel/kHealthStat.h>
 
-kDefineValue(kHealthStat, kValue)
+kDefineValue(kHealthStat, kValue);
 
-    kFx(kStatus) xxkHealthStat_Register(kAssembly assembly, const kChar* name)
+kFx(kStatus) xxkHealthStat_Register(kAssembly assembly, const kChar* name)
 {
     kCheck(kAddValue(kHealthStat, kValue));
     kCheck(kAddField(kHealthStat, k32u, id));

@@ -1,8 +1,9 @@
 #include <kTessel/kPhasePixel.h>
 
-kDefineValue(kPhasePixel, kValue) kDefineValue(kPhasePixel2, kValue)
+kDefineValue(kPhasePixel, kValue);
+kDefineValue(kPhasePixel2, kValue);
 
-    kFx(kStatus) xxkPhasePixel_Register(kAssembly assembly, const kChar* name)
+kFx(kStatus) xxkPhasePixel_Register(kAssembly assembly, const kChar* name)
 {
     kCheck(kAddValue(kPhasePixel, kValue));
     kCheck(kAddField(kPhasePixel, k8u, contrast));

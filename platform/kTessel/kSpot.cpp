@@ -1,9 +1,12 @@
 #include <kTessel/kSpot.h>
 
-kDefineValue(kSpot, kValue) kDefineValue(kFpgaSpot, kValue) kDefineValue(kFpgaWideSpot, kValue)
-    kDefineValue(kFpgaSpot2i, kValue) kDefineValue(kSpot2, kValue)
+kDefineValue(kSpot, kValue);
+kDefineValue(kFpgaSpot, kValue);
+kDefineValue(kFpgaWideSpot, kValue);
+kDefineValue(kFpgaSpot2i, kValue);
+kDefineValue(kSpot2, kValue);
 
-        kFx(kStatus) xxkSpot_Register(kAssembly assembly, const kChar* name)
+kFx(kStatus) xxkSpot_Register(kAssembly assembly, const kChar* name)
 {
     kCheck(kAddValue(kSpot, kValue));
     kCheck(kAddField(kSpot, k32u, centre));

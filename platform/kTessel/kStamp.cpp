@@ -1,9 +1,9 @@
 #include <kTessel/kStamp.h>
 
-kDefineValue(kStamp, kValue)
+kDefineValue(kStamp, kValue);
 
-    /* Reserved bytes are not described: they are copied with the record but carry nothing. */
-    kFx(kStatus) xxkStamp_Register(kAssembly assembly, const kChar* name)
+/* Reserved bytes are not described: they are copied with the record but carry nothing. */
+kFx(kStatus) xxkStamp_Register(kAssembly assembly, const kChar* name)
 {
     kCheck(kAddValue(kStamp, kValue));
     kCheck(kAddField(kStamp, k8u, status));
