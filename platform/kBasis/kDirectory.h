@@ -5,7 +5,7 @@
 #ifndef K_BASIS_DIRECTORY_H
 #define K_BASIS_DIRECTORY_H
 
-#include <kBasis/kApiDef.h>
+#include <kBasis/kArrayList.h>
 
 /**
  * Creates a directory and any missing parents. An existing directory is success.
@@ -17,6 +17,19 @@ kFx(kStatus) kDirectory_Create(const kChar* path);
 
 /** True when path names an existing directory. */
 kFx(kBool) kDirectory_Exists(const kChar* path);
+
+/**
+ * Names of the regular files in a directory (not of its subdirectories, not recursive), sorted
+ * by byte value ("B.kdat" before "a.kdat").
+ *
+ * @param path       Directory path.
+ * @param files      Receives a new kArrayList of kString holding the bare names (the caller
+ *                   releases the list and its strings with kObject_Dispose).
+ * @param allocator  Allocator of the list and the names (null: application allocator).
+ * @return kOK; kSTATUS_NOT_FOUND when path is not a directory; kSTATUS_STREAM when it cannot
+ *         be read; kSTATUS_BAD_PARAMETER for null arguments; kSTATUS_MEMORY (no list then).
+ */
+kFx(kStatus) kDirectory_ListFiles(const kChar* path, kArrayList* files, kAlloc allocator);
 
 /**
  * The system's directory for temporary files (from TMPDIR, else "/tmp").

@@ -214,3 +214,53 @@ TEST(Directory, CreatesNestedDirectoriesAndNamesTheTemporaryOne)
     EXPECT_EQ(kDirectory_Temp(temp, strlen(temp) + 1), kOK);
     EXPECT_EQ(kDirectory_Temp(kNULL, 10), kSTATUS_BAD_PARAMETER);
 }
+
+TEST(Directory, ListsRegularFilesSortedAndFailsCleanly)
+{
+    ktest::TempDir dir;
+    for (const char* name : {"b.kdat", "B.kdat", "a.kdat", ".hidden"})
+        ASSERT_EQ(kFile_Save(dir.File(name).c_str(), "x", 1), kOK);
+    ASSERT_EQ(kDirectory_Create(dir.File("sub").c_str()), kOK);
+    ASSERT_EQ(kFile_Save(dir.File("sub/inner.kdat").c_str(), "x", 1), kOK);
+
+    ktest::CountingAlloc alloc;
+    kArrayList files = kNULL;
+    ASSERT_EQ(kDirectory_ListFiles(dir.Path().c_str(), &files, alloc), kOK);
+    std::vector<std::string> names;
+    for (kSize i = 0; i < kArrayList_Count(files); ++i)
+    {
+        kString name = *static_cast<kString*>(kArrayList_At(files, i));
+        EXPECT_EQ(kObject_Type(name), kTypeOf(kString));
+        names.push_back(kString_Chars(name));
+    }
+    EXPECT_EQ(names, (std::vector<std::string>{".hidden", "B.kdat", "a.kdat", "b.kdat"}));
+    EXPECT_EQ(kObject_Dispose(files), kOK);
+
+    ASSERT_EQ(kDirectory_ListFiles(dir.File("sub/").c_str(), &files, alloc), kOK);
+    EXPECT_EQ(kArrayList_Count(files), 1u);
+    kObject_Dispose(files);
+
+    files = reinterpret_cast<kArrayList>(1);
+    EXPECT_EQ(kDirectory_ListFiles(dir.File("none").c_str(), &files, alloc), kSTATUS_NOT_FOUND);
+    EXPECT_EQ(files, kNULL);
+    EXPECT_EQ(kDirectory_ListFiles(dir.File("a.kdat").c_str(), &files, alloc), kSTATUS_NOT_FOUND);
+    EXPECT_EQ(kDirectory_ListFiles(kNULL, &files, alloc), kSTATUS_BAD_PARAMETER);
+
+    // Allocation failure at every step leaves no list and nothing allocated.
+    for (kSize step = 0;; ++step)
+    {
+        ktest::CountingAlloc failing;
+        kCountingAlloc_SetFailAfter(failing, step);
+        kStatus status = kDirectory_ListFiles(dir.Path().c_str(), &files, failing);
+        if (kSuccess(status))
+        {
+            EXPECT_EQ(kArrayList_Count(files), 4u);
+            kObject_Dispose(files);
+            EXPECT_GT(step, 4u);
+            break;
+        }
+        EXPECT_EQ(status, kSTATUS_MEMORY);
+        EXPECT_EQ(files, kNULL);
+        EXPECT_EQ(failing.Outstanding(), 0u) << step;
+    }
+}
