@@ -20,6 +20,7 @@
 #include <kBasis/kImage.h>
 #include <kBasis/kIpp.h>
 #include <kBasis/kQueue.h>
+#include <kBasis/kMap.h>
 #include <kBasis/kStream.h>
 #include <kBasis/kMemoryStream.h>
 #include <kBasis/kXml.h>

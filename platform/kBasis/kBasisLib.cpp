@@ -11,6 +11,7 @@
 #include <kBasis/kXml.h>
 #include <kBasis/kImage.h>
 #include <kBasis/kQueue.h>
+#include <kBasis/kMap.h>
 #include <kBasis/kThread.h>
 #include <kBasis/kLock.h>
 #include <kBasis/kSemaphore.h>
@@ -88,6 +89,7 @@ kStatus AddTypes(kAssembly assembly)
     kAddType(kPixelFormat);
     kAddType(kImage);
     kAddType(kQueue);
+    kAddType(kMap);
 
     /* Threads, time and files. */
     kAddType(kThread);
