@@ -30,6 +30,12 @@ kStatus VInitClone(kObject array, kObject source, kAlloc allocator)
     return kOK;
 }
 
+/* The header's memory kind plus the items': device data or attached memory shows here. */
+k32u VAllocTraits(kObject array)
+{
+    return xkObject_VAllocTraits(array) | xkItemStore_Traits(&Core(array)->items);
+}
+
 kSize VSize(kObject array)
 {
     const xkArrayClass* obj = Core(array);
@@ -50,6 +56,7 @@ kStatus xkArray_AddVMethods(kType type)
     kCheck(AddOverride(type, &kObjectVTable::VRelease, VRelease, "VRelease"));
     kCheck(AddOverride(type, &kObjectVTable::VDisposeItems, VDisposeItems, "VDisposeItems"));
     kCheck(AddOverride(type, &kObjectVTable::VInitClone, VInitClone, "VInitClone"));
+    kCheck(AddOverride(type, &kObjectVTable::VAllocTraits, VAllocTraits, "VAllocTraits"));
     return AddOverride(type, &kObjectVTable::VSize, VSize, "VSize");
 }
 

@@ -29,7 +29,7 @@ struct xkArrayClass
 kStatus xkArray_Construct(kObject* array, kType type, kSize dimensions, kType itemType,
                           const kSize* lengths, kAlloc allocator, kAlloc valueAllocator);
 
-/** Registers the shared overrides (release, disposal, clone, size) for an array class. */
+/** Registers the shared overrides (release, disposal, clone, traits, size) for an array class. */
 kStatus xkArray_AddVMethods(kType type);
 
 /** Re-shapes to itemType and lengths; see kArray1_Allocate. */

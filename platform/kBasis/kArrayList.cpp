@@ -72,6 +72,7 @@ kFx(kStatus) kArrayList_ConstructEx(kArrayList* list, kType itemType, kSize capa
     kArrayList output = kNULL;
     kStatus status;
 
+    kCheckArgs(list);
     kCheck(xkArray_Construct(&output, kTypeOf(kArrayList), 1, itemType, &empty, allocator,
                              valueAllocator));
     kTest(xkItemStore_Reserve(&kCastRaw(kArrayList, output)->items, capacity, 0));

@@ -202,6 +202,11 @@ kStatus xkItemStore_SetItem(kItemStore* store, kSize index, const void* item)
     return kMemCopy(xkItemStore_At(store, index), item, store->size);
 }
 
+k32u xkItemStore_Traits(const kItemStore* store)
+{
+    return store->attached ? kALLOC_TRAIT_FOREIGN : kAlloc_Traits(store->alloc);
+}
+
 kSize xkItemStore_Size(const kItemStore* store, kSize count)
 {
     kSize owned = store->attached ? 0 : store->bytes;

@@ -90,6 +90,9 @@ kStatus xkItemStore_Zero(kItemStore* store, kSize count);
 /** Copies one item into slot index (bounds checked by the caller). */
 kStatus xkItemStore_SetItem(kItemStore* store, kSize index, const void* item);
 
+/** Memory kind of the items: kALLOC_TRAIT_FOREIGN when attached, else the allocator's. */
+k32u xkItemStore_Traits(const kItemStore* store);
+
 /** Memory owned through the store: owned block plus the objects among count items. */
 kSize xkItemStore_Size(const kItemStore* store, kSize count);
 

@@ -111,6 +111,7 @@ TEST(Array1, ItemsAreTypedZeroFilledAndBoundsChecked)
     EXPECT_EQ(kArray1_Length(array), 5u);
     EXPECT_EQ(kArray1_Count(array), 5u);
     EXPECT_EQ(kArray1_DataSize(array), 20u);
+    EXPECT_EQ(kObject_AllocTraits(array), (k32u)kALLOC_TRAIT_HOST);
     for (kSize i = 0; i < 5; ++i)
         EXPECT_EQ(*kArray1_AtT<k32s>(array, i), 0);
 
@@ -254,6 +255,7 @@ TEST(Array2, AttachWrapsExternalMemoryWithoutOwningIt)
     EXPECT_EQ(kArray2_SetItemT<k16s>(array, 1, 2, -9), kOK);
     EXPECT_EQ(external[5], -9);
     EXPECT_EQ(kObject_Size(array), kType_InnerSize(kTypeOf(kArray2))); // holds no memory
+    EXPECT_EQ(kObject_AllocTraits(array), (k32u)(kALLOC_TRAIT_HOST | kALLOC_TRAIT_FOREIGN));
 
     kArray2 copy = kNULL;
     ASSERT_EQ(kObject_Clone(&copy, array, alloc), kOK); // owns its items
@@ -392,6 +394,7 @@ TEST(Array1, DeviceItemsAreNeverTouchedByTheHost)
     EXPECT_NE(kArray1_Data(array), nullptr);
     EXPECT_NE(kArray1_DataAt(array, 7), nullptr); // for kernels
     EXPECT_EQ(kArray1_At(array, 7), nullptr);     // not for the host
+    EXPECT_EQ(kObject_AllocTraits(array), (k32u)(kALLOC_TRAIT_HOST | kALLOC_TRAIT_DEVICE));
     k32u value = 1;
     EXPECT_EQ(kArray1_SetItem(array, 0, &value), kSTATUS_NOT_IMPLEMENTED);
     EXPECT_EQ(kArray1_Zero(array), kSTATUS_NOT_IMPLEMENTED);
