@@ -2,6 +2,7 @@
 #include <kTessel/kCudaAlloc.h>
 #include <kBasis/kArray1.h>
 #include <kBasis/kArray2.h>
+#include <kBasis/kArray3.h>
 
 #include <atomic>
 #include <cstdlib>
@@ -70,10 +71,10 @@ kFx(kBool) kCudaDevice_IsAvailable(kBool probe)
 kFx(k32s) kCudaStatus_Peek(void)
 {
 #if defined(K_HAVE_CUDA)
-    return (k32s)cudaPeekAtLastError();
-#else
-    return kCudaSuccess;
+    /* Without a device no GPU work ran: the runtime's failed start-up is not an error here. */
+    if (UseDevice()) return (k32s)cudaPeekAtLastError();
 #endif
+    return kCudaSuccess;
 }
 
 kFx(k32s) kCudaStatus_Filter(k32s cudaError)
@@ -221,22 +222,26 @@ kFx(kStatus) kCudaUtils_FreeDeviceRef(void** device)
 
 namespace
 {
-/* Class, item type and lengths of an array of a class the GPU helpers handle. */
+/* Class, item type and lengths (unused ones 1) of an array the GPU helpers handle. */
 struct Shape
 {
     kType type;
     kType itemType;
-    kSize length[2];
+    kSize length[3];
 };
 
 kStatus ShapeOf(kObject array, Shape* shape)
 {
     if (kObject_Is(array, kTypeOf(kArray1)))
-        *shape = {kTypeOf(kArray1), kArray1_ItemType(array), {kArray1_Length(array), 1}};
+        *shape = {kTypeOf(kArray1), kArray1_ItemType(array), {kArray1_Length(array), 1, 1}};
     else if (kObject_Is(array, kTypeOf(kArray2)))
         *shape = {kTypeOf(kArray2),
                   kArray2_ItemType(array),
-                  {kArray2_Length(array, 0), kArray2_Length(array, 1)}};
+                  {kArray2_Length(array, 0), kArray2_Length(array, 1), 1}};
+    else if (kObject_Is(array, kTypeOf(kArray3)))
+        *shape = {kTypeOf(kArray3),
+                  kArray3_ItemType(array),
+                  {kArray3_Length(array, 0), kArray3_Length(array, 1), kArray3_Length(array, 2)}};
     else
         return kSTATUS_BAD_PARAMETER;
     /* Handles mean nothing on the device: only value items cross. */
@@ -247,24 +252,38 @@ kStatus ShapeOf(kObject array, Shape* shape)
 bool SameShape(const Shape& a, const Shape& b)
 {
     return a.type == b.type && a.itemType == b.itemType && a.length[0] == b.length[0] &&
-           a.length[1] == b.length[1];
+           a.length[1] == b.length[1] && a.length[2] == b.length[2];
 }
 
-kStatus Reshape(kObject array, const Shape& shape)
+kStatus Reshape(kObject array, const Shape& s)
 {
-    if (shape.type == kTypeOf(kArray1))
-        return kArray1_Allocate(array, shape.itemType, shape.length[0]);
-    return kArray2_Allocate(array, shape.itemType, shape.length[0], shape.length[1]);
+    if (s.type == kTypeOf(kArray1)) return kArray1_Allocate(array, s.itemType, s.length[0]);
+    if (s.type == kTypeOf(kArray2))
+        return kArray2_Allocate(array, s.itemType, s.length[0], s.length[1]);
+    return kArray3_Allocate(array, s.itemType, s.length[0], s.length[1], s.length[2]);
+}
+
+kStatus ConstructOnDevice(kObject* array, const Shape& s, kAlloc allocator)
+{
+    kAlloc device = kCudaDeviceAlloc_Instance();
+    if (s.type == kTypeOf(kArray1))
+        return kArray1_ConstructEx(array, s.itemType, s.length[0], allocator, device);
+    if (s.type == kTypeOf(kArray2))
+        return kArray2_ConstructEx(array, s.itemType, s.length[0], s.length[1], allocator, device);
+    return kArray3_ConstructEx(array, s.itemType, s.length[0], s.length[1], s.length[2], allocator,
+                               device);
 }
 
 void* DataOf(kObject array)
 {
-    return kObject_Is(array, kTypeOf(kArray1)) ? kArray1_Data(array) : kArray2_Data(array);
+    if (kObject_Is(array, kTypeOf(kArray1))) return kArray1_Data(array);
+    return kObject_Is(array, kTypeOf(kArray2)) ? kArray2_Data(array) : kArray3_Data(array);
 }
 
 kSize DataSizeOf(kObject array)
 {
-    return kObject_Is(array, kTypeOf(kArray1)) ? kArray1_DataSize(array) : kArray2_DataSize(array);
+    if (kObject_Is(array, kTypeOf(kArray1))) return kArray1_DataSize(array);
+    return kObject_Is(array, kTypeOf(kArray2)) ? kArray2_DataSize(array) : kArray3_DataSize(array);
 }
 } // namespace
 
@@ -288,13 +307,7 @@ kFx(kStatus) kCudaUtils_PrepareDeviceArray(kObject* device, kObject host, kCudaS
     kCheck(ShapeOf(host, &shape));
     if (*device) return kCudaUtils_AssignArray(*device, host, stream);
 
-    kAlloc alloc = kObject_Alloc(host), deviceAlloc = kCudaDeviceAlloc_Instance();
-    if (shape.type == kTypeOf(kArray1))
-        kCheck(kArray1_ConstructEx(&created, shape.itemType, shape.length[0], alloc, deviceAlloc));
-    else
-        kCheck(kArray2_ConstructEx(&created, shape.itemType, shape.length[0], shape.length[1],
-                                   alloc, deviceAlloc));
-
+    kCheck(ConstructOnDevice(&created, shape, kObject_Alloc(host)));
     if (!kSuccess(status = kCudaUtils_AssignArray(created, host, stream)))
     {
         kObject_Destroy(created);

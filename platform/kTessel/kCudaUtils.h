@@ -31,7 +31,8 @@ kFx(kBool) kCudaRuntime_IsAvailable(void);
  */
 kFx(kBool) kCudaDevice_IsAvailable(kBool probe);
 
-/** Last error code of the CUDA runtime, without clearing it (0 = no error; 0 on host builds). */
+/** Last error code of the CUDA runtime, without clearing it (0 = no error; always 0 without a
+ *  device, where no GPU work runs). */
 kFx(k32s) kCudaStatus_Peek(void);
 
 /**
@@ -68,9 +69,9 @@ kFx(kStatus) kCudaUtils_PrepareDeviceValue(void** device, const void* host, kSiz
 kFx(kStatus) kCudaUtils_FreeDeviceRef(void** device);
 
 /**
- * Makes `*device` an array (kArray1 or kArray2, of value items) of the host array's item type and
- * shape in device memory (kCudaDeviceAlloc_Instance) and copies the host contents into it. An
- * array given in `*device` is re-shaped in place when its shape differs.
+ * Makes `*device` an array (kArray1, kArray2 or kArray3, of value items) of the host array's item
+ * type and shape in device memory (kCudaDeviceAlloc_Instance) and copies the host contents into it.
+ * An array given in `*device` is re-shaped in place when its shape differs.
  *
  * @param device  Device array (in/out; null on entry constructs one; the caller owns it).
  * @param host    Host array (borrowed).
@@ -82,7 +83,7 @@ kFx(kStatus) kCudaUtils_PrepareDeviceArray(kObject* device, kObject host, kCudaS
 
 /**
  * Gives `destination` the item type, shape and contents of `source`, copying across memory
- * kinds as needed; both are arrays of the same class (kArray1 or kArray2, of value items).
+ * kinds as needed; both are arrays of the same class (kArray1, kArray2 or kArray3, of value items).
  */
 kFx(kStatus) kCudaUtils_AssignArray(kObject destination, kObject source, kCudaStream stream);
 

@@ -2,6 +2,7 @@
 #include <kBasis/kDirectory.h>
 #include <kBasis/kFile.h>
 #include <kBasis/kPath.h>
+#include <kBasis/kString.h>
 
 #include <algorithm>
 #include <cstring>
@@ -194,31 +195,31 @@ kFx(kStatus) kStorage_FileSize(kStorage storage, const kChar* name, k64u* size)
     return kOK;
 }
 
-kFx(kSize) kStorage_FileCount(kStorage storage)
-{
-    kObjN(kStorage, obj, storage);
-    if (!obj) return 0;
-    return IsDirectoryStorage(obj) ? DirectoryNames(obj).size() : EntryCount(obj);
-}
-
-kFx(kStatus) kStorage_FileAt(kStorage storage, kSize index, kChar* name, kSize capacity)
+kFx(kStatus) kStorage_ListFiles(kStorage storage, kArrayList names)
 {
     kObjR(kStorage, storage);
-    std::string found;
-    kCheckArgs(name && capacity > 0);
+    std::vector<std::string> found;
+
+    kCheckArgs(kObject_Is(names, kTypeOf(kArrayList)));
     if (IsDirectoryStorage(obj))
-    {
-        std::vector<std::string> names = DirectoryNames(obj);
-        kCheckTrue(index < names.size(), kSTATUS_NOT_FOUND);
-        found = names[index];
-    }
+        found = DirectoryNames(obj);
     else
+        for (kSize i = 0; i < EntryCount(obj); ++i)
+            found.push_back(EntryAt(obj, i)->name);
+
+    kCheck(kArrayList_Purge(names));
+    kCheck(kArrayList_Allocate(names, kTypeOf(kString), found.size()));
+    for (const std::string& name : found)
     {
-        kCheckTrue(index < EntryCount(obj), kSTATUS_NOT_FOUND);
-        found = EntryAt(obj, index)->name;
+        kString text = kNULL;
+        kCheck(kString_Construct(&text, name.c_str(), kObject_Alloc(names)));
+        kStatus status = kArrayList_Add(names, &text);
+        if (!kSuccess(status))
+        {
+            kObject_Destroy(text);
+            return status;
+        }
     }
-    kCheckArgs(found.size() < capacity);
-    strcpy(name, found.c_str());
     return kOK;
 }
 

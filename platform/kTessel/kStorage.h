@@ -15,6 +15,7 @@
 #define K_TESSEL_STORAGE_H
 
 #include <kTessel/kTsApiDef.h>
+#include <kBasis/kArrayList.h>
 #include <kBasis/kStream.h>
 
 typedef kObject kStorage;
@@ -38,16 +39,14 @@ kFx(kBool) kStorage_FileExists(kStorage storage, const kChar* name);
 /** Size of a file in bytes. @return kOK; kSTATUS_NOT_FOUND. */
 kFx(kStatus) kStorage_FileSize(kStorage storage, const kChar* name, k64u* size);
 
-/** Number of files. */
-kFx(kSize) kStorage_FileCount(kStorage storage);
-
 /**
- * Name of the file at index (files in name order).
+ * Lists the files, in name order.
  *
- * @return kOK; kSTATUS_NOT_FOUND for an index past the end; kSTATUS_BAD_PARAMETER when the name
- *         does not fit in capacity.
+ * @param names  A list whose content is replaced (held objects destroyed) by one kString per
+ *               file, constructed with the list's allocator.
+ * @return kOK; kSTATUS_BAD_PARAMETER when names is not a kArrayList; kSTATUS_MEMORY.
  */
-kFx(kStatus) kStorage_FileAt(kStorage storage, kSize index, kChar* name, kSize capacity);
+kFx(kStatus) kStorage_ListFiles(kStorage storage, kArrayList names);
 
 /** Deletes a file. @return kOK; kSTATUS_NOT_FOUND. */
 kFx(kStatus) kStorage_Delete(kStorage storage, const kChar* name);
