@@ -8,6 +8,8 @@ namespace ksim
 namespace
 {
 constexpr double kTwoPi = 6.283185307179586476925286766559;
+/* Projector sub-columns per column: the resolution of the projector's optical blur. */
+constexpr k32s kSub = 8;
 
 /* Box-Muller on the scene's generator: the same draws on every standard library. */
 class Gaussian
@@ -48,7 +50,7 @@ std::vector<float> GaussianKernel(double sigma)
     return kernel;
 }
 
-/* Separable blur of a width × height image in place, edges clamped. */
+/* Separable blur of a width × height image in place; edges clamped (the caller pads). */
 void Blur(std::vector<float>& image, kSize width, kSize height, double sigma)
 {
     std::vector<float> kernel = GaussianKernel(sigma);
@@ -110,59 +112,82 @@ FringeCamera::FringeCamera(const Scene& scene) : m_scene(scene), m_random(scene.
 {
     const kSize w = scene.width, h = scene.height, s = std::max<kSize>(scene.samples, 1);
     const double delta = 1e-3;
+    // The scene goes on beyond the sensor: a margin as wide as the blur is rendered and
+    // blurred with the image, so that border pixels are blurred like all others.
+    m_margin = scene.blurSigma > 0 ? GaussianKernel(scene.blurSigma).size() / 2 : 0;
+    const kSize pw = w + 2 * m_margin, ph = h + 2 * m_margin;
     m_truth.column.resize(w * h);
     m_truth.columnRate.resize(w * h);
     m_truth.albedo.resize(w * h);
-    m_sampleColumn.resize(w * h * s * s);
-    m_work.resize(w * h);
+    m_albedo.resize(pw * ph);
+    m_sampleColumn.resize(pw * ph * s * s);
+    m_work.resize(pw * ph);
+    for (kSize py = 0; py < ph; ++py)
+    {
+        for (kSize px = 0; px < pw; ++px)
+        {
+            const kSize i = py * pw + px;
+            const double x = (double)px - (double)m_margin, y = (double)py - (double)m_margin;
+            m_albedo[i] = scene.albedo(x + 0.5, y + 0.5);
+            for (kSize sy = 0; sy < s; ++sy)
+                for (kSize sx = 0; sx < s; ++sx)
+                    m_sampleColumn[i * s * s + sy * s + sx] =
+                        (k32s)std::floor(kSub * scene.column(x + (sx + 0.5) / (double)s,
+                                                             y + (sy + 0.5) / (double)s));
+        }
+    }
     for (kSize y = 0; y < h; ++y)
     {
         for (kSize x = 0; x < w; ++x)
         {
-            kSize i = y * w + x;
-            double cx = x + 0.5, cy = y + 0.5;
-            double u = scene.column(cx, cy);
-            double gx = (scene.column(cx + delta, cy) - scene.column(cx - delta, cy)) / (2 * delta);
-            double gy = (scene.column(cx, cy + delta) - scene.column(cx, cy - delta)) / (2 * delta);
-            m_truth.column[i] = u;
+            const kSize i = y * w + x;
+            const double cx = x + 0.5, cy = y + 0.5;
+            const double gx =
+                (scene.column(cx + delta, cy) - scene.column(cx - delta, cy)) / (2 * delta);
+            const double gy =
+                (scene.column(cx, cy + delta) - scene.column(cx, cy - delta)) / (2 * delta);
+            m_truth.column[i] = scene.column(cx, cy);
             m_truth.columnRate[i] = std::hypot(gx, gy);
             m_truth.albedo[i] = scene.albedo(cx, cy);
-            for (kSize sy = 0; sy < s; ++sy)
-            {
-                for (kSize sx = 0; sx < s; ++sx)
-                {
-                    double px = x + (sx + 0.5) / (double)s, py = y + (sy + 0.5) / (double)s;
-                    m_sampleColumn[i * s * s + sy * s + sx] =
-                        (k32s)std::floor(scene.column(px, py));
-                }
-            }
         }
     }
 }
 
 void FringeCamera::Render(k8u* frame, const k8u* row, kSize projectorWidth)
 {
-    const kSize area = m_scene.width * m_scene.height;
+    const kSize pw = m_scene.width + 2 * m_margin, ph = m_scene.height + 2 * m_margin;
     const kSize s2 = std::max<kSize>(m_scene.samples, 1) * std::max<kSize>(m_scene.samples, 1);
-    for (kSize i = 0; i < area; ++i)
+    const k32s margin = m_scene.projectorBlur > 0
+                            ? (k32s)(GaussianKernel(m_scene.projectorBlur * kSub).size() / 2)
+                            : 0;
+    m_projector.assign(projectorWidth * kSub + 2 * margin, 0.0f);
+    for (kSize k = 0; k < projectorWidth * kSub; ++k)
+        m_projector[margin + k] = row[k / kSub];
+    if (margin > 0) Blur(m_projector, m_projector.size(), 1, m_scene.projectorBlur * kSub);
+    const k32s end = (k32s)m_projector.size();
+
+    for (kSize i = 0; i < pw * ph; ++i)
     {
-        k32u total = 0;
+        double total = 0;
         const k32s* columns = &m_sampleColumn[i * s2];
         for (kSize k = 0; k < s2; ++k)
         {
-            k32s c = columns[k];
-            if (c >= 0 && (kSize)c < projectorWidth) total += row[c];
+            k32s c = columns[k] + margin;
+            if (c >= 0 && c < end) total += m_projector[c];
         }
-        double level = (double)total / (double)s2;
-        m_work[i] = (float)(m_scene.gain * m_truth.albedo[i] * level + m_scene.ambient);
+        double level = total / (double)s2;
+        m_work[i] = (float)(m_scene.gain * m_albedo[i] * level + m_scene.ambient);
     }
-    if (m_scene.blurSigma > 0) Blur(m_work, m_scene.width, m_scene.height, m_scene.blurSigma);
+    if (m_scene.blurSigma > 0) Blur(m_work, pw, ph, m_scene.blurSigma);
     Gaussian gaussian;
-    for (kSize i = 0; i < area; ++i)
+    for (kSize y = 0; y < m_scene.height; ++y)
     {
-        double v = m_work[i];
-        if (m_scene.noiseSigma > 0) v += m_scene.noiseSigma * gaussian(m_random);
-        frame[i] = (k8u)std::clamp(std::floor(v + 0.5), 0.0, 255.0);
+        for (kSize x = 0; x < m_scene.width; ++x)
+        {
+            double v = m_work[(y + m_margin) * pw + x + m_margin];
+            if (m_scene.noiseSigma > 0) v += m_scene.noiseSigma * gaussian(m_random);
+            frame[y * m_scene.width + x] = (k8u)std::clamp(std::floor(v + 0.5), 0.0, 255.0);
+        }
     }
 }
 

@@ -9,10 +9,13 @@
  * (x + 0.5, y + 0.5).
  *
  * A frame is formed, in this order:
+ * 0. projector optics: the row of levels, a staircase over the columns, is blurred by a
+ *    Gaussian of projectorBlur columns (0: sharp projector pixels), at 1/8-column resolution;
  * 1. footprint: the projector level averaged over samples × samples points spread evenly over
- *    the pixel's square (columns outside the projector are dark);
+ *    the pixel's square (outside the projector it is dark);
  * 2. radiance: gain × albedo(x, y) × level + ambient;
- * 3. optical blur: separable Gaussian of blurSigma camera pixels (edges clamped);
+ * 3. optical blur: separable Gaussian of blurSigma camera pixels (the scene is rendered with a
+ *    margin of the blur's radius around the sensor, so border pixels see real neighbours);
  * 4. sensor noise: additive Gaussian of noiseSigma grey levels from the scene's seeded
  *    generator (each rendered frame draws fresh noise; the sequence is reproducible);
  * 5. saturation and quantisation: rounded to the nearest level and clamped to 0 … 255.
@@ -65,7 +68,8 @@ struct Scene
     double blurSigma = 0.0;               ///< Gaussian blur in camera pixels; 0 for none.
     double noiseSigma = 0.0;              ///< Gaussian sensor noise in grey levels; 0 for none.
     k32u seed = 1;                        ///< Seed of the noise generator.
-    kSize samples = 3; ///< Footprint samples per axis (1: the pixel centre only).
+    kSize samples = 3;          ///< Footprint samples per axis (1: the pixel centre only).
+    double projectorBlur = 0.0; ///< Gaussian blur of the projector optics, in columns.
 };
 
 /** Ground truth at the camera pixel centres, row-major, width × height entries each. */
@@ -104,8 +108,11 @@ public:
 private:
     Scene m_scene;
     Truth m_truth;
-    std::vector<k32s> m_sampleColumn; ///< Projector column index of every footprint sample.
-    std::vector<float> m_work;
+    kSize m_margin = 0;               ///< Rendered pixels around the sensor (blur radius).
+    std::vector<double> m_albedo;     ///< Reflectance over the rendered area.
+    std::vector<k32s> m_sampleColumn; ///< floor(8 u) of every footprint sample.
+    std::vector<float> m_projector;   ///< The row at 1/8 column, blurred, with dark margins.
+    std::vector<float> m_work;        ///< Radiance over the rendered area.
     std::mt19937 m_random;
 };
 
