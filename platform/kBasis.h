@@ -24,6 +24,10 @@
 #include <kBasis/kStream.h>
 #include <kBasis/kMemoryStream.h>
 #include <kBasis/kXml.h>
+#include <kBasis/kFileStream.h>
+#include <kBasis/kSerializer.h>
+#include <kBasis/kDat5Serializer.h>
+#include <kBasis/kDat6Serializer.h>
 #include <kBasis/kThread.h>
 #include <kBasis/kLock.h>
 #include <kBasis/kSemaphore.h>

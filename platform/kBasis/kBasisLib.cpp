@@ -9,6 +9,9 @@
 #include <kBasis/kStream.h>
 #include <kBasis/kMemoryStream.h>
 #include <kBasis/kXml.h>
+#include <kBasis/kFileStream.h>
+#include <kBasis/kDat5Serializer.h>
+#include <kBasis/kDat6Serializer.h>
 #include <kBasis/kImage.h>
 #include <kBasis/kQueue.h>
 #include <kBasis/kMap.h>
@@ -105,6 +108,10 @@ kStatus AddTypes(kAssembly assembly)
     kAddType(kStream);
     kAddType(kMemoryStream);
     kAddType(kXml);
+    kAddType(kFileStream);
+    kAddType(kSerializer);
+    kAddType(kDat5Serializer);
+    kAddType(kDat6Serializer);
 
     return kOK;
 }

@@ -1,9 +1,9 @@
 #include <kBasis/kMemoryStream.h>
 #include <kBasis/kAssembly.h>
 
-kDefineClass(kMemoryStream, kStream)
+kDefineClass(kMemoryStream, kStream);
 
-    struct kMemoryStreamClass
+struct kMemoryStreamClass
 {
     kStreamClass base;
     kByte* data;    // owned buffer, or the caller's bytes for a view

@@ -1,23 +1,23 @@
 #include <kBasis/kStream.h>
 #include <kBasis/kAssembly.h>
 
-kDefineClass(kStream, kObject)
+kDefineClass(kStream, kObject);
 
-    namespace
+namespace
 {
-    constexpr kSize kCopyBlockSize = 64 * 1024;
+constexpr kSize kCopyBlockSize = 64 * 1024;
 
-    const kStreamVTable* Table(kStream stream) { return kVTableOf<kStreamVTable>(stream); }
+const kStreamVTable* Table(kStream stream) { return kVTableOf<kStreamVTable>(stream); }
 
-    /* Placeholders of the abstract slots: a class that leaves one out does not offer it. */
-    kStatus xkStream_VRead(kStream, void*, kSize, kSize, kSize* count)
-    {
-        *count = 0;
-        return kSTATUS_NOT_IMPLEMENTED;
-    }
-    kStatus xkStream_VWrite(kStream, const void*, kSize) { return kSTATUS_NOT_IMPLEMENTED; }
-    kStatus xkStream_VSeek(kStream, k64s, kSeekOrigin, k64u*) { return kSTATUS_NOT_IMPLEMENTED; }
-    kStatus xkStream_VFlush(kStream) { return kOK; }
+/* Placeholders of the abstract slots: a class that leaves one out does not offer it. */
+kStatus xkStream_VRead(kStream, void*, kSize, kSize, kSize* count)
+{
+    *count = 0;
+    return kSTATUS_NOT_IMPLEMENTED;
+}
+kStatus xkStream_VWrite(kStream, const void*, kSize) { return kSTATUS_NOT_IMPLEMENTED; }
+kStatus xkStream_VSeek(kStream, k64s, kSeekOrigin, k64u*) { return kSTATUS_NOT_IMPLEMENTED; }
+kStatus xkStream_VFlush(kStream) { return kOK; }
 } // namespace
 
 kFx(kStatus) xxkStream_Register(kAssembly assembly, const kChar* name)

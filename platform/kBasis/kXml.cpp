@@ -2,6 +2,7 @@
 #include <kBasis/kAssembly.h>
 #include <kBasis/kFile.h>
 #include <kBasis/kMemoryStream.h>
+#include <kBasis/kSerializer.h>
 
 #include <pugixml.hpp>
 
@@ -12,9 +13,9 @@
 #include <string>
 #include <system_error>
 
-kDefineClass(kXml, kObject)
+kDefineClass(kXml, kObject);
 
-    struct kXmlClass
+struct kXmlClass
 {
     kObjectClass base;
     pugi::xml_document* doc; // placement-constructed in memory from the object's allocator
@@ -150,7 +151,7 @@ kStatus Resolve(const kXmlClass* obj, kXmlItem item, const kChar* path, bool cre
     return kOK;
 }
 
-/* ----- Number text ------------------------------------------------------------------------- */
+/* ----- Number text ---------------------------------------------------------------------------- */
 
 bool IsXmlSpace(kChar c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
 
@@ -285,7 +286,7 @@ kStatus WriteItem(kXml xml, kXmlItem item, const kChar* text)
     return SetText(Node(item), text);
 }
 
-/* ----- Documents, files and streams -------------------------------------------------------- */
+/* ----- Documents, files and streams ----------------------------------------------------------- */
 
 /* pugixml output into a stream; remembers the first failure. */
 struct StreamWriter : pugi::xml_writer
@@ -384,12 +385,47 @@ kStatus xkXml_VInitClone(kObject xml, kObject source, kAlloc allocator)
     return kOK;
 }
 
+/* A document travels in kdat streams as its text ("" when empty). */
+kStatus xkXml_WriteDat(kSerializer serializer, kObject xml)
+{
+    kString text = kNULL;
+    kStatus status;
+    kCheck(kString_Construct(&text, kNULL, kObject_Alloc(xml)));
+    if (FirstElement(*kCastRaw(kXml, xml)->doc)) kTest(kXml_ToString(xml, text));
+    kTest(kSerializer_WriteText(serializer, kString_Chars(text)));
+cleanup:
+    kObject_Destroy(text);
+    return status;
+}
+
+kStatus xkXml_ReadDat(kSerializer serializer, kObject xml)
+{
+    kString text = kNULL;
+    kStatus status;
+    kCheck(kString_Construct(&text, kNULL, kObject_Alloc(xml)));
+    kTest(kSerializer_ReadString(serializer, text));
+    if (kString_Length(text) > 0)
+        kTest(ParseDocument(kCastRaw(kXml, xml), kString_Chars(text), kString_Length(text)));
+cleanup:
+    kObject_Destroy(text);
+    return status;
+}
+
+kStatus xkXml_ConstructFramework(kObject* xml, kAlloc allocator)
+{
+    return kXml_Construct(xml, allocator);
+}
+
 kFx(kStatus) xxkXml_Register(kAssembly assembly, const kChar* name)
 {
     kCheck(kAddClass(kXml, kObject));
     kCheck(kAddVMethod(kXml, VRelease));
     kCheck(kAddVMethod(kXml, VInitClone));
-    return kOK;
+    kCheck(xkSerializer_AddVersion(kTypeOf(kXml), "kdat5", "5.0.0.0", "kXml-0", xkXml_WriteDat,
+                                   xkXml_ReadDat));
+    kCheck(xkSerializer_AddVersion(kTypeOf(kXml), "kdat6", "5.0.0.0", "kXml-0", xkXml_WriteDat,
+                                   xkXml_ReadDat));
+    return xkSerializer_AddFrameworkConstructor(kTypeOf(kXml), xkXml_ConstructFramework);
 }
 
 kFx(kStatus) kXml_Construct(kXml* xml, kAlloc allocator)
@@ -490,7 +526,7 @@ kFx(kStatus) kXml_Clear(kXml xml)
     return kOK;
 }
 
-/* ----- Navigation -------------------------------------------------------------------------- */
+/* ----- Navigation ----------------------------------------------------------------------------- */
 
 kFx(kXmlItem) kXml_Root(kXml xml)
 {
@@ -563,7 +599,7 @@ kFx(const kChar*) kXml_ItemName(kXml xml, kXmlItem item)
     return (obj && IsOwnItem(obj, item)) ? Node(item).name() : "";
 }
 
-/* ----- Readers ----------------------------------------------------------------------------- */
+/* ----- Readers -------------------------------------------------------------------------------- */
 
 kFx(kStatus) kXml_Child32s(kXml xml, kXmlItem item, const kChar* path, k32s* value)
 {
@@ -658,7 +694,7 @@ kFx(kStatus) kXml_ItemString(kXml xml, kXmlItem item, kString value)
     return kString_Set(value, Node(item).child_value());
 }
 
-/* ----- Writers ----------------------------------------------------------------------------- */
+/* ----- Writers -------------------------------------------------------------------------------- */
 
 kFx(kStatus) kXml_AddItem(kXml xml, kXmlItem parent, const kChar* name, kXmlItem* item)
 {
@@ -743,7 +779,7 @@ kFx(kStatus) kXml_SetItemText(kXml xml, kXmlItem item, const kChar* text)
     return WriteItem(xml, item, text);
 }
 
-/* ----- Attributes -------------------------------------------------------------------------- */
+/* ----- Attributes ----------------------------------------------------------------------------- */
 
 namespace
 {
@@ -833,7 +869,7 @@ kFx(kStatus) kXml_DeleteAttr(kXml xml, kXmlItem item, const kChar* name)
     return kOK;
 }
 
-/* ----- Editing ----------------------------------------------------------------------------- */
+/* ----- Editing -------------------------------------------------------------------------------- */
 
 kFx(kStatus) kXml_ClearItem(kXml xml, kXmlItem item)
 {
