@@ -116,6 +116,16 @@ TEST(Assembly, EveryRegisteredTypeMatchesItsManifestRow)
     }
     RecordProperty("RegisteredTypes", (int)rows.size());
     EXPECT_EQ(kObject_Destroy(assembly), kOK);
+
+    // A type that is built (its static handle is exported) is found by the entry: its
+    // registration operation has the exported C name that the manifest expands to.
+    for (const ManifestRow& row : Manifest())
+    {
+        if (ktest::FindSymbol(std::string("xx") + row.name + "_type"))
+        {
+            EXPECT_TRUE(ktest::IsBuilt(row)) << row.name;
+        }
+    }
 }
 
 TEST(Assembly, LastReferenceRunsStaticReleaseAndForgetsEveryName)
