@@ -5,9 +5,7 @@ struct kArray1Class : xkArrayClass
 {
 };
 
-kDefineClass(kArray1, kObject)
-
-    kFx(kStatus) xxkArray1_Register(kAssembly assembly, const kChar* name)
+kFx(kStatus) xxkArray1_Register(kAssembly assembly, const kChar* name)
 {
     kCheck(kAddClass(kArray1, kObject));
     return xkArray_AddVMethods(kTypeOf(kArray1));
@@ -102,3 +100,5 @@ kFx(void*) kArray1_At(kArray1 array, kSize index)
     kObjN(kArray1, obj, array);
     return obj ? xkArray_HostAt(obj, index) : kNULL;
 }
+
+kDefineClass(kArray1, kObject)

@@ -5,9 +5,7 @@ struct kArray2Class : xkArrayClass
 {
 };
 
-kDefineClass(kArray2, kObject)
-
-    kFx(kStatus) xxkArray2_Register(kAssembly assembly, const kChar* name)
+kFx(kStatus) xxkArray2_Register(kAssembly assembly, const kChar* name)
 {
     kCheck(kAddClass(kArray2, kObject));
     return xkArray_AddVMethods(kTypeOf(kArray2));
@@ -115,3 +113,5 @@ kFx(void*) kArray2_At(kArray2 array, kSize index0, kSize index1)
     const kSize indices[] = {index0, index1};
     return obj ? xkArray_HostAt(obj, xkArray_Index(obj, indices)) : kNULL;
 }
+
+kDefineClass(kArray2, kObject)

@@ -5,9 +5,7 @@ struct kArray3Class : xkArrayClass
 {
 };
 
-kDefineClass(kArray3, kObject)
-
-    kFx(kStatus) xxkArray3_Register(kAssembly assembly, const kChar* name)
+kFx(kStatus) xxkArray3_Register(kAssembly assembly, const kChar* name)
 {
     kCheck(kAddClass(kArray3, kObject));
     return xkArray_AddVMethods(kTypeOf(kArray3));
@@ -117,3 +115,5 @@ kFx(void*) kArray3_At(kArray3 array, kSize index0, kSize index1, kSize index2)
     const kSize indices[] = {index0, index1, index2};
     return obj ? xkArray_HostAt(obj, xkArray_Index(obj, indices)) : kNULL;
 }
+
+kDefineClass(kArray3, kObject)

@@ -7,50 +7,48 @@ struct kArrayListClass : xkArrayClass
 {
 };
 
-kDefineClass(kArrayList, kObject)
-
-    namespace
+namespace
 {
-    /* Smallest capacity given to a list that grows from empty. */
-    constexpr kSize kMinGrowth = 8;
+/* Smallest capacity given to a list that grows from empty. */
+constexpr kSize kMinGrowth = 8;
 
-    void SetCount(kArrayListClass * obj, kSize count) { xkArray_SetShape(obj, &count); }
+void SetCount(kArrayListClass* obj, kSize count) { xkArray_SetShape(obj, &count); }
 
-    /* Room for count items; grows geometrically so that appending is amortised constant time. */
-    kStatus Grow(kArrayListClass * obj, kSize count)
+/* Room for count items; grows geometrically so that appending is amortised constant time. */
+kStatus Grow(kArrayListClass* obj, kSize count)
+{
+    kSize capacity = xkItemStore_Capacity(&obj->items);
+    if (count <= capacity) return kOK;
+    kSize grown = capacity > kSIZE_MAX / 2 ? kSIZE_MAX : 2 * capacity;
+    return xkItemStore_Reserve(&obj->items, kMax_(count, kMax_(grown, kMinGrowth)), obj->count);
+}
+
+/* An item may point into the list itself (Add(list, At(list, 0))): it is found again after the
+   memory moves and the tail shifts. */
+kStatus InsertAt(kArrayListClass* obj, kSize before, const void* item)
+{
+    kItemStore* items = &obj->items;
+    const kSize size = items->size;
+    const std::uintptr_t begin = reinterpret_cast<std::uintptr_t>(items->data);
+    const std::uintptr_t source = reinterpret_cast<std::uintptr_t>(item);
+    const bool inside = items->data && source >= begin && source < begin + obj->count * size;
+    const kSize offset = inside ? source - begin : 0;
+
+    kCheckArgs(item && before <= obj->count);
+    kCheck(xkItemStore_CheckHost(items));
+    kCheck(Grow(obj, obj->count + 1));
+
+    kByte* at = static_cast<kByte*>(xkItemStore_At(items, before));
+    kMemMove(at + size, at, (obj->count - before) * size);
+    if (inside)
     {
-        kSize capacity = xkItemStore_Capacity(&obj->items);
-        if (count <= capacity) return kOK;
-        kSize grown = capacity > kSIZE_MAX / 2 ? kSIZE_MAX : 2 * capacity;
-        return xkItemStore_Reserve(&obj->items, kMax_(count, kMax_(grown, kMinGrowth)), obj->count);
+        kSize moved = offset >= before * size ? offset + size : offset;
+        item = static_cast<kByte*>(items->data) + moved;
     }
-
-    /* An item may point into the list itself (Add(list, At(list, 0))): it is found again after the
-       memory moves and the tail shifts. */
-    kStatus InsertAt(kArrayListClass * obj, kSize before, const void* item)
-    {
-        kItemStore* items = &obj->items;
-        const kSize size = items->size;
-        const std::uintptr_t begin = reinterpret_cast<std::uintptr_t>(items->data);
-        const std::uintptr_t source = reinterpret_cast<std::uintptr_t>(item);
-        const bool inside = items->data && source >= begin && source < begin + obj->count * size;
-        const kSize offset = inside ? source - begin : 0;
-
-        kCheckArgs(item && before <= obj->count);
-        kCheck(xkItemStore_CheckHost(items));
-        kCheck(Grow(obj, obj->count + 1));
-
-        kByte* at = static_cast<kByte*>(xkItemStore_At(items, before));
-        kMemMove(at + size, at, (obj->count - before) * size);
-        if (inside)
-        {
-            kSize moved = offset >= before * size ? offset + size : offset;
-            item = static_cast<kByte*>(items->data) + moved;
-        }
-        kMemCopy(at, item, size);
-        SetCount(obj, obj->count + 1);
-        return kOK;
-    }
+    kMemCopy(at, item, size);
+    SetCount(obj, obj->count + 1);
+    return kOK;
+}
 } // namespace
 
 kFx(kStatus) xxkArrayList_Register(kAssembly assembly, const kChar* name)
@@ -231,3 +229,5 @@ kFx(void*) kArrayList_At(kArrayList list, kSize index)
     kObjN(kArrayList, obj, list);
     return obj ? xkArray_HostAt(obj, index) : kNULL;
 }
+
+kDefineClass(kArrayList, kObject)

@@ -20,8 +20,9 @@ kStatus xkItems_Clone(kType itemType, void* dest, const void* src, kSize count, 
 
     for (; i < count; ++i)
     {
+        kObject source = in[i];
         out[i] = kNULL;
-        if (in[i]) kTest(kObject_Clone(&out[i], in[i], allocator));
+        if (source) kTest(kObject_Clone(&out[i], source, allocator));
     }
     return kOK;
 

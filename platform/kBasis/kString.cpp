@@ -11,158 +11,156 @@ struct kStringClass
     kSize capacity; // characters, without the NUL
 };
 
-kDefineClass(kString, kObject)
-
-    namespace
+namespace
 {
-    /* Frees a buffer that was replaced, once the arguments that may point into it are used. */
-    struct RetiredChars
-    {
-        kAlloc alloc;
-        kChar* chars = kNULL;
-        ~RetiredChars() { kAlloc_Free(alloc, chars); }
-    };
+/* Frees a buffer that was replaced, once the arguments that may point into it are used. */
+struct RetiredChars
+{
+    kAlloc alloc;
+    kChar* chars = kNULL;
+    ~RetiredChars() { kAlloc_Free(alloc, chars); }
+};
 
-    /* Room for capacity characters. A moved buffer goes to retired rather than being freed, so
-       that text taken from the string itself stays readable until it has been copied. */
-    kStatus Room(kStringClass * obj, kSize capacity, RetiredChars * retired)
-    {
-        if (capacity <= obj->capacity) return kOK;
-        kCheckArgs(capacity < kSIZE_MAX / 2);
+/* Room for capacity characters. A moved buffer goes to retired rather than being freed, so
+   that text taken from the string itself stays readable until it has been copied. */
+kStatus Room(kStringClass* obj, kSize capacity, RetiredChars* retired)
+{
+    if (capacity <= obj->capacity) return kOK;
+    kCheckArgs(capacity < kSIZE_MAX / 2);
 
-        kSize grown = kMax_(capacity, 2 * obj->capacity);
-        kChar* chars = kNULL;
-        kCheck(kAlloc_Get(obj->base.alloc, grown + 1, &chars));
-        kMemCopy(chars, obj->chars, obj->length + 1);
-        retired->chars = obj->chars;
-        obj->chars = chars;
-        obj->capacity = grown;
-        return kOK;
+    kSize grown = kMax_(capacity, 2 * obj->capacity);
+    kChar* chars = kNULL;
+    kCheck(kAlloc_Get(obj->base.alloc, grown + 1, &chars));
+    kMemCopy(chars, obj->chars, obj->length + 1);
+    retired->chars = obj->chars;
+    obj->chars = chars;
+    obj->capacity = grown;
+    return kOK;
+}
+
+void SetEnd(kStringClass* obj, kSize length)
+{
+    obj->length = length;
+    obj->chars[length] = 0;
+}
+
+/* Replaces everything from position at with count characters of text. */
+kStatus Write(kStringClass* obj, kSize at, const kChar* text, kSize count)
+{
+    RetiredChars retired{obj->base.alloc};
+    kCheckArgs(count < kSIZE_MAX / 2);
+    kCheck(Room(obj, at + count, &retired));
+    kMemMove(obj->chars + at, text, count);
+    SetEnd(obj, at + count);
+    return kOK;
+}
+
+/* Replaces everything from position at with formatted text. */
+kStatus WriteV(kStringClass* obj, kSize at, const kChar* format, va_list args)
+{
+    RetiredChars retired{obj->base.alloc};
+    va_list measure;
+    kCheckArgs(format);
+
+    va_copy(measure, args);
+    int count = vsnprintf(kNULL, 0, format, measure);
+    va_end(measure);
+    kCheckArgs(count >= 0);
+
+    kCheck(Room(obj, at + (kSize)count, &retired));
+    vsnprintf(obj->chars + at, (kSize)count + 1, format, args);
+    SetEnd(obj, at + (kSize)count);
+    return kOK;
+}
+
+kStatus Init(kStringClass* obj, const kChar* text, kSize count, kAlloc alloc)
+{
+    kCheck(kObject_Init(obj, kTypeOf(kString), alloc));
+    kCheckArgs(count < kSIZE_MAX / 2);
+    kCheck(kAlloc_Get(obj->base.alloc, count + 1, &obj->chars));
+    obj->capacity = count;
+    kMemCopy(obj->chars, text, count);
+    SetEnd(obj, count);
+    return kOK;
+}
+
+/* A new string of count characters of text. */
+kStatus ConstructN(kString* str, const kChar* text, kSize count, kAlloc allocator)
+{
+    kAlloc alloc = kAlloc_Fallback(allocator);
+    kStringClass* obj = kNULL;
+    kStatus status;
+
+    kCheck(kAlloc_GetObject(alloc, kTypeOf(kString), &obj));
+    if (!kSuccess(status = Init(obj, text, count, alloc)))
+    {
+        kAlloc_FreeRef(alloc, &obj);
+        return status;
     }
+    *str = obj;
+    return kOK;
+}
 
-    void SetEnd(kStringClass * obj, kSize length)
+/* Adds a new string of count characters of text to a list of strings. */
+kStatus AddToken(kArrayList list, const kChar* text, kSize count, kAlloc allocator)
+{
+    kObjectGuard token;
+    kCheck(ConstructN(&token, text, count, allocator));
+    kCheck(kArrayList_AddT<kObject>(list, token));
+    token.release();
+    return kOK;
+}
+
+bool IsSpace(kChar c)
+{
+    return c == ' ' || c == '\t' || c == '\r' || c == '\n' || c == '\v' || c == '\f';
+}
+
+k32s LowerAscii(kChar c)
+{
+    k32s u = (unsigned char)c;
+    return (u >= 'A' && u <= 'Z') ? u + ('a' - 'A') : u;
+}
+
+kStatus xkString_VRelease(kObject str)
+{
+    kStringClass* obj = kCastRaw(kString, str);
+    kCheck(kAlloc_FreeRef(obj->base.alloc, &obj->chars));
+    return xkObject_VRelease(str);
+}
+
+kStatus xkString_VInitClone(kObject str, kObject source, kAlloc allocator)
+{
+    kStringClass* obj = kCastRaw(kString, str);
+    kStringClass* src = kCastRaw(kString, source);
+    return Init(obj, src->chars, src->length, allocator);
+}
+
+kSize xkString_VHashCode(kObject str)
+{
+    /* 64-bit FNV-1a over the characters. */
+    kStringClass* obj = kCastRaw(kString, str);
+    k64u hash = 14695981039346656037ull;
+    for (kSize i = 0; i < obj->length; ++i)
     {
-        obj->length = length;
-        obj->chars[length] = 0;
+        hash ^= (unsigned char)obj->chars[i];
+        hash *= 1099511628211ull;
     }
+    return (kSize)hash;
+}
 
-    /* Replaces everything from position at with count characters of text. */
-    kStatus Write(kStringClass * obj, kSize at, const kChar* text, kSize count)
-    {
-        RetiredChars retired{obj->base.alloc};
-        kCheckArgs(count < kSIZE_MAX / 2);
-        kCheck(Room(obj, at + count, &retired));
-        kMemMove(obj->chars + at, text, count);
-        SetEnd(obj, at + count);
-        return kOK;
-    }
+kBool xkString_VEquals(kObject str, kObject other)
+{
+    kStringClass* obj = kCastRaw(kString, str);
+    if (!kObject_Is(other, kTypeOf(kString))) return kFALSE;
+    kStringClass* that = kCastRaw(kString, other);
+    return obj->length == that->length && kMemEquals(obj->chars, that->chars, obj->length);
+}
 
-    /* Replaces everything from position at with formatted text. */
-    kStatus WriteV(kStringClass * obj, kSize at, const kChar* format, va_list args)
-    {
-        RetiredChars retired{obj->base.alloc};
-        va_list measure;
-        kCheckArgs(format);
-
-        va_copy(measure, args);
-        int count = vsnprintf(kNULL, 0, format, measure);
-        va_end(measure);
-        kCheckArgs(count >= 0);
-
-        kCheck(Room(obj, at + (kSize)count, &retired));
-        vsnprintf(obj->chars + at, (kSize)count + 1, format, args);
-        SetEnd(obj, at + (kSize)count);
-        return kOK;
-    }
-
-    kStatus Init(kStringClass * obj, const kChar* text, kSize count, kAlloc alloc)
-    {
-        kCheck(kObject_Init(obj, kTypeOf(kString), alloc));
-        kCheckArgs(count < kSIZE_MAX / 2);
-        kCheck(kAlloc_Get(obj->base.alloc, count + 1, &obj->chars));
-        obj->capacity = count;
-        kMemCopy(obj->chars, text, count);
-        SetEnd(obj, count);
-        return kOK;
-    }
-
-    /* A new string of count characters of text. */
-    kStatus ConstructN(kString * str, const kChar* text, kSize count, kAlloc allocator)
-    {
-        kAlloc alloc = kAlloc_Fallback(allocator);
-        kStringClass* obj = kNULL;
-        kStatus status;
-
-        kCheck(kAlloc_GetObject(alloc, kTypeOf(kString), &obj));
-        if (!kSuccess(status = Init(obj, text, count, alloc)))
-        {
-            kAlloc_FreeRef(alloc, &obj);
-            return status;
-        }
-        *str = obj;
-        return kOK;
-    }
-
-    /* Adds a new string of count characters of text to a list of strings. */
-    kStatus AddToken(kArrayList list, const kChar* text, kSize count, kAlloc allocator)
-    {
-        kObjectGuard token;
-        kCheck(ConstructN(&token, text, count, allocator));
-        kCheck(kArrayList_AddT<kObject>(list, token));
-        token.release();
-        return kOK;
-    }
-
-    bool IsSpace(kChar c)
-    {
-        return c == ' ' || c == '\t' || c == '\r' || c == '\n' || c == '\v' || c == '\f';
-    }
-
-    k32s LowerAscii(kChar c)
-    {
-        k32s u = (unsigned char)c;
-        return (u >= 'A' && u <= 'Z') ? u + ('a' - 'A') : u;
-    }
-
-    kStatus xkString_VRelease(kObject str)
-    {
-        kStringClass* obj = kCastRaw(kString, str);
-        kCheck(kAlloc_FreeRef(obj->base.alloc, &obj->chars));
-        return xkObject_VRelease(str);
-    }
-
-    kStatus xkString_VInitClone(kObject str, kObject source, kAlloc allocator)
-    {
-        kStringClass* obj = kCastRaw(kString, str);
-        kStringClass* src = kCastRaw(kString, source);
-        return Init(obj, src->chars, src->length, allocator);
-    }
-
-    kSize xkString_VHashCode(kObject str)
-    {
-        /* 64-bit FNV-1a over the characters. */
-        kStringClass* obj = kCastRaw(kString, str);
-        k64u hash = 14695981039346656037ull;
-        for (kSize i = 0; i < obj->length; ++i)
-        {
-            hash ^= (unsigned char)obj->chars[i];
-            hash *= 1099511628211ull;
-        }
-        return (kSize)hash;
-    }
-
-    kBool xkString_VEquals(kObject str, kObject other)
-    {
-        kStringClass* obj = kCastRaw(kString, str);
-        if (!kObject_Is(other, kTypeOf(kString))) return kFALSE;
-        kStringClass* that = kCastRaw(kString, other);
-        return obj->length == that->length && kMemEquals(obj->chars, that->chars, obj->length);
-    }
-
-    kSize xkString_VSize(kObject str)
-    {
-        return sizeof(kStringClass) + kCastRaw(kString, str)->capacity + 1;
-    }
+kSize xkString_VSize(kObject str)
+{
+    return sizeof(kStringClass) + kCastRaw(kString, str)->capacity + 1;
+}
 } // namespace
 
 kFx(kStatus) xxkString_Register(kAssembly assembly, const kChar* name)
@@ -430,3 +428,5 @@ kFx(kStatus) kParseCsv(kArrayList* fields, const kChar* text, kAlloc allocator)
     *fields = list.release();
     return kOK;
 }
+
+kDefineClass(kString, kObject)
