@@ -336,6 +336,8 @@ TEST(MatrixSolveSystem, RefusesDegenerateAndMisshapenProblems)
 
     Mat twin{{1, 1}, {2, 2}, {3, 3}}, b3{{1}, {2}, {3}};
     EXPECT_EQ(kMatrix_SolveSystem(twin, x2, b3), kSTATUS_FAILED); // AᵀA singular
+    Mat nearTwin{{1, 1 + 1e-9}, {2, 2}, {3, 3}};                  // det(AᵀA) ≈ 1.3e-17
+    EXPECT_EQ(kMatrix_SolveSystem(nearTwin, x2, b3), kSTATUS_FAILED);
 
     Mat a32(3, 2), a23(2, 3), x22(2, 2), x31(3, 1);
     EXPECT_EQ(kMatrix_SolveSystem(a32, x2, b2), kSTATUS_FAILED);  // rows(A) ≠ rows(b)

@@ -4,6 +4,7 @@
 #include <kSolan/kSolan.h>
 #include <kSolan/Common/kSparseMatrix.h>
 
+#include <functional>
 #include <random>
 #include <utility>
 #include <vector>
@@ -107,7 +108,7 @@ TEST_F(SparseMatrix, ConstructionFailsCleanlyAndCloningIsRefused)
 {
     kSize steps = ktest::ExpectCleanFailures([](kAlloc alloc, kObject* out)
                                              { return kSparseMatrix_Construct(out, alloc); });
-    EXPECT_GE(steps, 4u); // instance, two column arrays, entry list
+    EXPECT_EQ(steps, 6u); // instance, two column arrays with their items, entry list
 
     kSparseMatrix m = Matrix();
     EXPECT_EQ(kSparseMatrix_Rows(m), 0u);
@@ -227,27 +228,37 @@ TEST_F(SparseMatrix, ProductsAgreeWithDenseLoops)
     }
 }
 
-TEST_F(SparseMatrix, ProductFailsCleanlyAtEveryAllocation)
+TEST_F(SparseMatrix, OperationsFailCleanlyAtEveryAllocation)
 {
     std::mt19937_64 rng(23);
     kSparseMatrix a = Matrix(), b = Matrix();
-    ASSERT_EQ(kSparseMatrix_Import(a, Triplets(RandomTriplets(rng, 8, 8, 30)), 8, 8), kOK);
+    kArrayList triplets = Triplets(RandomTriplets(rng, 8, 8, 30));
+    ASSERT_EQ(kSparseMatrix_Import(a, triplets, 8, 8), kOK);
     ASSERT_EQ(kSparseMatrix_Import(b, Triplets(RandomTriplets(rng, 8, 8, 30)), 8, 8), kOK);
-    for (kSize step = 0;; ++step)
+
+    // Each operation writes into a matrix of a counting allocator that fails after 0, 1, 2 ...
+    // allocations. Work arrays come from that matrix's allocator: once the matrix is destroyed,
+    // the counting allocator finds anything they left behind.
+    auto expectClean = [](const char* what, const std::function<kStatus(kSparseMatrix)>& op)
     {
-        ktest::CountingAlloc alloc;
-        kSparseMatrix p = kNULL;
-        ASSERT_EQ(kSparseMatrix_Construct(&p, alloc), kOK);
-        kCountingAlloc_SetFailAfter(alloc, step);
-        kStatus status = kSparseMatrix_MultiplySparseSparse(a, b, p);
-        kCountingAlloc_SetFailAfter(alloc, kSIZE_MAX);
-        // The work arrays come from the product's allocator: once the product is destroyed,
-        // the counting allocator finds anything they left behind.
-        EXPECT_EQ(kObject_Destroy(p), kOK);
-        if (kSuccess(status)) break;
-        EXPECT_EQ(status, kSTATUS_MEMORY) << step;
-        ASSERT_LT(step, 100u);
-    }
+        for (kSize step = 0;; ++step)
+        {
+            ktest::CountingAlloc alloc;
+            kSparseMatrix out = kNULL;
+            ASSERT_EQ(kSparseMatrix_Construct(&out, alloc), kOK);
+            kCountingAlloc_SetFailAfter(alloc, step);
+            kStatus status = op(out);
+            kCountingAlloc_SetFailAfter(alloc, kSIZE_MAX);
+            EXPECT_EQ(kObject_Destroy(out), kOK);
+            if (kSuccess(status)) break;
+            EXPECT_EQ(status, kSTATUS_MEMORY) << what << " after " << step;
+            ASSERT_LT(step, 100u) << what;
+        }
+    };
+    expectClean("import", [&](kSparseMatrix m) { return kSparseMatrix_Import(m, triplets, 8, 8); });
+    expectClean("transpose", [&](kSparseMatrix m) { return kSparseMatrix_Transpose(a, m); });
+    expectClean("product",
+                [&](kSparseMatrix m) { return kSparseMatrix_MultiplySparseSparse(a, b, m); });
 }
 
 TEST_F(SparseMatrix, BuildingColumnByColumn)
