@@ -2,10 +2,11 @@
 #include <kSolan/Common/kSparseMatrix.h>
 #include <kSolan/Common/kMatrix.x.h>
 
-kDefineValue(kSparseMatrixTriplet, kValue) kDefineValue(kSparseMatrixEntry, kValue)
-    kDefineClass(kSparseMatrix, kObject)
+kDefineValue(kSparseMatrixTriplet, kValue)
+kDefineValue(kSparseMatrixEntry, kValue)
+kDefineClass(kSparseMatrix, kObject)
 
-        struct kSparseMatrixClass
+struct kSparseMatrixClass
 {
     kObjectClass base;
     kSize rows;
