@@ -15,6 +15,7 @@
 #include <kTessel/kProfileMsg.h>
 #include <kTessel/kPxPipeline.h>
 #include <kTessel/kSettings.h>
+#include <kTessel/kPlot.h>
 #include <kTessel/kAxAction.h>
 #include <kTessel/kCameraPhaseDecoder.h>
 #include <kTessel/kStorageStream.h>

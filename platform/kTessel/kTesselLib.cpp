@@ -12,6 +12,7 @@
 #include <kTessel/kAxAction.h>
 #include <kTessel/kCameraPhaseDecoder.h>
 #include <kTessel/kStorageStream.h>
+#include <kTessel/kPlot.h>
 
 kAssembly xxkTesselLib_assembly = kNULL;
 
@@ -39,6 +40,7 @@ kStatus AddTypes(kAssembly assembly)
     kAddType(kPxBlock);
     kAddType(kPxSink);
     kAddType(kPxPipeline);
+    kAddType(kPlot);
 
     /* Actions and the simulated sensor node they program. */
     kAddType(kAxAction);
