@@ -238,9 +238,10 @@ TEST_F(PhaseDecoder, MatchesTheSlowReferenceBitForBit)
         k32u period;
         k32s threshold;
     };
-    for (const Case& c : {Case{1, 1, 3, 1, 10}, Case{2, 2, 4, 32767, 0}, Case{13, 7, 5, 320, 10},
-                          Case{64, 3, 8, 1000, 25}, Case{31, 5, 7, 12345, -1},
-                          Case{17, 9, 31, 32767, 10}, Case{40, 2, 3, 7, 250}})
+    for (const Case& c :
+         {Case{1, 1, 3, 1, 10}, Case{2, 2, 4, 32767, 0}, Case{13, 7, 5, 320, 10},
+          Case{64, 3, 8, 1000, 25}, Case{31, 5, 7, 12345, -1}, Case{17, 9, 31, 32767, 10},
+          Case{40, 2, 3, 7, 250}, Case{37, 11, 8, 1024, 10}, Case{300, 3, 4, 32767, 5}})
     {
         std::vector<std::vector<k8u>> frames = RandomFrames(c.count, c.width * c.height, random);
         for (bool exact : {false, true})
