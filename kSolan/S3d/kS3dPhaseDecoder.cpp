@@ -36,166 +36,161 @@ struct kS3dPhaseDecoderClass
 
 kDefineClass(kS3dPhaseDecoder, kObject)
 
-    namespace
+namespace
 {
-    constexpr double kTwoPi = 6.283185307179586476925286766559;
+constexpr double kTwoPi = 6.283185307179586476925286766559;
 
-    /* Rounds half away from zero. */
-    inline k32s RoundAway(double value) { return (k32s)std::round(value); }
+/* Rounds half away from zero. */
+inline k32s RoundAway(double value) { return (k32s)std::round(value); }
 
-    kStatus xkS3dPhaseDecoder_Init(kS3dPhaseDecoder decoder, kType type, kBool enableCuda,
-                                   kAlloc alloc)
-    {
-        kS3dPhaseDecoderClass* obj = static_cast<kS3dPhaseDecoderClass*>(decoder);
-        kCheck(kObject_Init(decoder, type, alloc));
+kStatus xkS3dPhaseDecoder_Init(kS3dPhaseDecoder decoder, kType type, kBool enableCuda, kAlloc alloc)
+{
+    kS3dPhaseDecoderClass* obj = static_cast<kS3dPhaseDecoderClass*>(decoder);
+    kCheck(kObject_Init(decoder, type, alloc));
 #if defined(KSOLAN_CUDA_KERNELS)
-        obj->cudaEnabled = enableCuda && kCudaDevice_IsAvailable(kTRUE);
+    obj->cudaEnabled = enableCuda && kCudaDevice_IsAvailable(kTRUE);
 #else
-        (void)enableCuda; // no GPU kernels in this build
-        obj->cudaEnabled = kFALSE;
+    (void)enableCuda; // no GPU kernels in this build
+    obj->cudaEnabled = kFALSE;
 #endif
-        obj->width = 1;
-        obj->height = 1;
-        obj->imageCount = 1;
-        obj->contrastThreshold = 10;
-        obj->phasePeriod = 1;
-        obj->exactArctan = kFALSE;
-        obj->frameMask = 0;
-        obj->output = kNULL;
-        obj->accum = kNULL;
-        obj->arctan = kNULL;
-        obj->sine = kNULL;
-        obj->cosine = kNULL;
-        obj->tableCount = 0;
-        obj->tablePeriod = 0;
-        obj->halfPeriod = 0;
-        obj->quarterPeriod = 0;
-        obj->stream = kNULL;
-        return kOK;
-    }
+    obj->width = 1;
+    obj->height = 1;
+    obj->imageCount = 1;
+    obj->contrastThreshold = 10;
+    obj->phasePeriod = 1;
+    obj->exactArctan = kFALSE;
+    obj->frameMask = 0;
+    obj->output = kNULL;
+    obj->accum = kNULL;
+    obj->arctan = kNULL;
+    obj->sine = kNULL;
+    obj->cosine = kNULL;
+    obj->tableCount = 0;
+    obj->tablePeriod = 0;
+    obj->halfPeriod = 0;
+    obj->quarterPeriod = 0;
+    obj->stream = kNULL;
+    return kOK;
+}
 
-    kStatus xkS3dPhaseDecoder_BuildTables(kS3dPhaseDecoderClass * obj)
+kStatus xkS3dPhaseDecoder_BuildTables(kS3dPhaseDecoderClass* obj)
+{
+    kAlloc alloc = kObject_Alloc(obj);
+    const k32s n = (k32s)obj->imageCount, period = (k32s)obj->phasePeriod;
+
+    kCheck(kDestroyRef(&obj->arctan));
+    kCheck(kDestroyRef(&obj->sine));
+    kCheck(kDestroyRef(&obj->cosine));
+    obj->tableCount = obj->tablePeriod = 0;
+
+    kCheck(kArray1_Construct(&obj->arctan, kTypeOf(k32s), kS3D_PHASE_DECODER_ARCTAN_COUNT, alloc));
+    kCheck(kArray1_Construct(&obj->sine, kTypeOf(k16s), (kSize)n, alloc));
+    kCheck(kArray1_Construct(&obj->cosine, kTypeOf(k16s), (kSize)n, alloc));
+
+    k32s* arctan = kArray1_DataT<k32s>(obj->arctan);
+    for (k32s i = 0; i < kS3D_PHASE_DECODER_ARCTAN_COUNT; ++i)
+        arctan[i] = RoundAway(period * std::atan(i / 65536.0) / kTwoPi);
+
+    k16s* sine = kArray1_DataT<k16s>(obj->sine);
+    k16s* cosine = kArray1_DataT<k16s>(obj->cosine);
+    for (k32s i = 0; i < n; ++i)
     {
-        kAlloc alloc = kObject_Alloc(obj);
-        const k32s n = (k32s)obj->imageCount, period = (k32s)obj->phasePeriod;
-
-        kCheck(kDestroyRef(&obj->arctan));
-        kCheck(kDestroyRef(&obj->sine));
-        kCheck(kDestroyRef(&obj->cosine));
-        obj->tableCount = obj->tablePeriod = 0;
-
-        kCheck(
-            kArray1_Construct(&obj->arctan, kTypeOf(k32s), kS3D_PHASE_DECODER_ARCTAN_COUNT, alloc));
-        kCheck(kArray1_Construct(&obj->sine, kTypeOf(k16s), (kSize)n, alloc));
-        kCheck(kArray1_Construct(&obj->cosine, kTypeOf(k16s), (kSize)n, alloc));
-
-        k32s* arctan = kArray1_DataT<k32s>(obj->arctan);
-        for (k32s i = 0; i < kS3D_PHASE_DECODER_ARCTAN_COUNT; ++i)
-            arctan[i] = RoundAway(period * std::atan(i / 65536.0) / kTwoPi);
-
-        k16s* sine = kArray1_DataT<k16s>(obj->sine);
-        k16s* cosine = kArray1_DataT<k16s>(obj->cosine);
-        for (k32s i = 0; i < n; ++i)
-        {
-            cosine[i] = (k16s)RoundAway(kS3D_PHASE_DECODER_TRIG_ONE * std::cos(kTwoPi * i / n));
-            sine[i] = (k16s)RoundAway(kS3D_PHASE_DECODER_TRIG_ONE * std::sin(kTwoPi * i / n));
-        }
-
-        obj->tableCount = n;
-        obj->tablePeriod = period;
-        obj->halfPeriod = period / 2;
-        obj->quarterPeriod = period / 4;
-        return kOK;
+        cosine[i] = (k16s)RoundAway(kS3D_PHASE_DECODER_TRIG_ONE * std::cos(kTwoPi * i / n));
+        sine[i] = (k16s)RoundAway(kS3D_PHASE_DECODER_TRIG_ONE * std::sin(kTwoPi * i / n));
     }
 
-    bool xkS3dPhaseDecoder_TablesReady(const kS3dPhaseDecoderClass* obj)
+    obj->tableCount = n;
+    obj->tablePeriod = period;
+    obj->halfPeriod = period / 2;
+    obj->quarterPeriod = period / 4;
+    return kOK;
+}
+
+bool xkS3dPhaseDecoder_TablesReady(const kS3dPhaseDecoderClass* obj)
+{
+    return obj->arctan && obj->sine && obj->cosine && obj->tableCount == (k32s)obj->imageCount &&
+           obj->tablePeriod == (k32s)obj->phasePeriod;
+}
+
+bool xkS3dPhaseDecoder_AccumReady(const kS3dPhaseDecoderClass* obj)
+{
+    return obj->accum && kArray2_Length(obj->accum, 0) == obj->height &&
+           kArray2_Length(obj->accum, 1) == obj->width;
+}
+
+bool xkS3dPhaseDecoder_IsShape(kArray2 array, kType itemType, kSize width, kSize height)
+{
+    return kObject_Is(array, kTypeOf(kArray2)) && kArray2_ItemType(array) == itemType &&
+           kArray2_Length(array, 0) == height && kArray2_Length(array, 1) == width;
+}
+
+k64u xkS3dPhaseDecoder_FullMask(const kS3dPhaseDecoderClass* obj)
+{
+    return ((k64u)1 << obj->imageCount) - 1;
+}
+
+kS3dPhaseDecoderOutputParams xkS3dPhaseDecoder_OutputParams(const kS3dPhaseDecoderClass* obj)
+{
+    kS3dPhaseDecoderOutputParams params;
+    params.intensityFactor = 256 / obj->tableCount;
+    params.intensityShift = 8;
+    params.contrastThreshold = obj->contrastThreshold;
+    params.period = obj->tablePeriod;
+    params.halfPeriod = obj->halfPeriod;
+    params.quarterPeriod = obj->quarterPeriod;
+    params.arctan = kArray1_DataT<k32s>(obj->arctan);
+    return params;
+}
+
+kStatus xkS3dPhaseDecoder_UpdateHost(kS3dPhaseDecoderClass* obj, kSize index, const k8u* pixels)
+{
+    kS3dPhaseDecoderAccum* accum = kArray2_DataT<kS3dPhaseDecoderAccum>(obj->accum);
+    const kSize count = obj->width * obj->height;
+    const k32s sine = kArray1_DataT<k16s>(obj->sine)[index];
+    const k32s cosine = kArray1_DataT<k16s>(obj->cosine)[index];
+
+    if (obj->frameMask == ((k64u)1 << index))
     {
-        return obj->arctan && obj->sine && obj->cosine &&
-               obj->tableCount == (k32s)obj->imageCount &&
-               obj->tablePeriod == (k32s)obj->phasePeriod;
+        xkS3dPhaseDecoderHost_First(accum, pixels, count, sine, cosine);
     }
-
-    bool xkS3dPhaseDecoder_AccumReady(const kS3dPhaseDecoderClass* obj)
+    else if (obj->frameMask != xkS3dPhaseDecoder_FullMask(obj))
     {
-        return obj->accum && kArray2_Length(obj->accum, 0) == obj->height &&
-               kArray2_Length(obj->accum, 1) == obj->width;
+        xkS3dPhaseDecoderHost_Add(accum, pixels, count, sine, cosine);
     }
-
-    bool xkS3dPhaseDecoder_IsShape(kArray2 array, kType itemType, kSize width, kSize height)
+    else
     {
-        return kObject_Is(array, kTypeOf(kArray2)) && kArray2_ItemType(array) == itemType &&
-               kArray2_Length(array, 0) == height && kArray2_Length(array, 1) == width;
+        const kS3dPhaseDecoderOutputParams params = xkS3dPhaseDecoder_OutputParams(obj);
+        xkS3dPhaseDecoderHost_Last(accum, pixels, kArray2_DataT<kPhasePixel>(obj->output), count,
+                                   sine, cosine, &params, obj->exactArctan);
     }
-
-    k64u xkS3dPhaseDecoder_FullMask(const kS3dPhaseDecoderClass* obj)
-    {
-        return ((k64u)1 << obj->imageCount) - 1;
-    }
-
-    kS3dPhaseDecoderOutputParams xkS3dPhaseDecoder_OutputParams(const kS3dPhaseDecoderClass* obj)
-    {
-        kS3dPhaseDecoderOutputParams params;
-        params.intensityFactor = 256 / obj->tableCount;
-        params.intensityShift = 8;
-        params.contrastThreshold = obj->contrastThreshold;
-        params.period = obj->tablePeriod;
-        params.halfPeriod = obj->halfPeriod;
-        params.quarterPeriod = obj->quarterPeriod;
-        params.arctan = kArray1_DataT<k32s>(obj->arctan);
-        return params;
-    }
-
-    kStatus xkS3dPhaseDecoder_UpdateHost(kS3dPhaseDecoderClass * obj, kSize index,
-                                         const k8u* pixels)
-    {
-        kS3dPhaseDecoderAccum* accum = kArray2_DataT<kS3dPhaseDecoderAccum>(obj->accum);
-        const kSize count = obj->width * obj->height;
-        const k32s sine = kArray1_DataT<k16s>(obj->sine)[index];
-        const k32s cosine = kArray1_DataT<k16s>(obj->cosine)[index];
-
-        if (obj->frameMask == ((k64u)1 << index))
-        {
-            xkS3dPhaseDecoderHost_First(accum, pixels, count, sine, cosine);
-        }
-        else if (obj->frameMask != xkS3dPhaseDecoder_FullMask(obj))
-        {
-            xkS3dPhaseDecoderHost_Add(accum, pixels, count, sine, cosine);
-        }
-        else
-        {
-            const kS3dPhaseDecoderOutputParams params = xkS3dPhaseDecoder_OutputParams(obj);
-            xkS3dPhaseDecoderHost_Last(accum, pixels, kArray2_DataT<kPhasePixel>(obj->output),
-                                       count, sine, cosine, &params, obj->exactArctan);
-        }
-        return kOK;
-    }
+    return kOK;
+}
 
 #if defined(KSOLAN_CUDA_KERNELS)
-    kStatus xkS3dPhaseDecoder_UpdateCuda(kS3dPhaseDecoderClass * obj, kSize index,
-                                         const k8u* pixels)
-    {
-        kS3dPhaseDecoderAccum* accum = kArray2_DataT<kS3dPhaseDecoderAccum>(obj->accum);
-        void* stream = kCudaStream_Handle(obj->stream);
-        const k32s sine = kArray1_DataT<k16s>(obj->sine)[index];
-        const k32s cosine = kArray1_DataT<k16s>(obj->cosine)[index];
-        const k32s width = (k32s)obj->width, height = (k32s)obj->height;
+kStatus xkS3dPhaseDecoder_UpdateCuda(kS3dPhaseDecoderClass* obj, kSize index, const k8u* pixels)
+{
+    kS3dPhaseDecoderAccum* accum = kArray2_DataT<kS3dPhaseDecoderAccum>(obj->accum);
+    void* stream = kCudaStream_Handle(obj->stream);
+    const k32s sine = kArray1_DataT<k16s>(obj->sine)[index];
+    const k32s cosine = kArray1_DataT<k16s>(obj->cosine)[index];
+    const k32s width = (k32s)obj->width, height = (k32s)obj->height;
 
-        if (obj->frameMask == ((k64u)1 << index))
-            return xkS3dPhaseDecoderCuda_UpdateFirst(stream, accum, pixels, sine, cosine, width,
-                                                     height);
-        if (obj->frameMask != xkS3dPhaseDecoder_FullMask(obj))
-            return xkS3dPhaseDecoderCuda_UpdateDefault(stream, accum, pixels, sine, cosine, width,
-                                                       height);
+    if (obj->frameMask == ((k64u)1 << index))
+        return xkS3dPhaseDecoderCuda_UpdateFirst(stream, accum, pixels, sine, cosine, width,
+                                                 height);
+    if (obj->frameMask != xkS3dPhaseDecoder_FullMask(obj))
+        return xkS3dPhaseDecoderCuda_UpdateDefault(stream, accum, pixels, sine, cosine, width,
+                                                   height);
 
-        // The GPU path has the exact arctangent only: callers that enable the GPU enable it too.
-        kAssert(obj->exactArctan);
-        if (!obj->exactArctan) return kOK;
-        const kS3dPhaseDecoderOutputParams params = xkS3dPhaseDecoder_OutputParams(obj);
-        return xkS3dPhaseDecoderCuda_UpdateLast(
-            stream, accum, pixels, kArray2_DataT<kPhasePixel>(obj->output), sine, cosine,
-            params.intensityShift, params.intensityFactor, params.contrastThreshold, params.period,
-            width, height);
-    }
+    // The GPU path has the exact arctangent only: callers that enable the GPU enable it too.
+    kAssert(obj->exactArctan);
+    if (!obj->exactArctan) return kOK;
+    const kS3dPhaseDecoderOutputParams params = xkS3dPhaseDecoder_OutputParams(obj);
+    return xkS3dPhaseDecoderCuda_UpdateLast(stream, accum, pixels,
+                                            kArray2_DataT<kPhasePixel>(obj->output), sine, cosine,
+                                            params.intensityShift, params.intensityFactor,
+                                            params.contrastThreshold, params.period, width, height);
+}
 #endif
 } // namespace
 
@@ -405,6 +400,61 @@ kFx(kStatus) kS3dPhaseMap_Intensity(kArray2 phaseMap, kArray2* intensity, kAlloc
     }
     *intensity = map;
     return kOK;
+}
+
+namespace
+{
+/* One field of every pixel of a phase map, as a new image of the map's shape. */
+template <typename T>
+kStatus xkS3dPhaseMap_FieldImage(kArray2 phaseMap, T kPhasePixel::*field, kType type,
+                                 kAlloc allocator, kImage* image)
+{
+    const kSize rows = kArray2_Length(phaseMap, 0), columns = kArray2_Length(phaseMap, 1);
+    kImage output = kNULL;
+    kCheck(kImage_Construct(&output, type, columns, rows, allocator));
+    const kPhasePixel* in = kArray2_DataT<kPhasePixel>(phaseMap);
+    for (kSize y = 0; y < rows; ++y)
+    {
+        T* row = static_cast<T*>(kImage_RowAt(output, y));
+        for (kSize x = 0; x < columns; ++x)
+            row[x] = in[y * columns + x].*field;
+    }
+    *image = output;
+    return kOK;
+}
+} // namespace
+
+kFx(kStatus) kS3dPhaseMap_Plot(kArray2 phaseMap, kPlot* plot, kAlloc allocator)
+{
+    kCheckArgs(plot);
+    kCheckArgs(kObject_Is(phaseMap, kTypeOf(kArray2)) &&
+               kArray2_ItemType(phaseMap) == kTypeOf(kPhasePixel));
+    const k64f width = (k64f)kArray2_Length(phaseMap, 1),
+               height = (k64f)kArray2_Length(phaseMap, 0);
+    kPlot output = kNULL;
+    kImage image = kNULL;
+    kStatus status;
+
+    kTest(kPlot_Construct(&output, allocator));
+    kTest(xkS3dPhaseMap_FieldImage(phaseMap, &kPhasePixel::contrast, kTypeOf(k8u), allocator,
+                                   &image));
+    kTest(kPlot_Add(output, "Contrast", image));
+    image = kNULL;
+    kTest(xkS3dPhaseMap_FieldImage(phaseMap, &kPhasePixel::intensity, kTypeOf(k8u), allocator,
+                                   &image));
+    kTest(kPlot_Add(output, "Intensity", image));
+    image = kNULL;
+    kTest(
+        xkS3dPhaseMap_FieldImage(phaseMap, &kPhasePixel::phase, kTypeOf(k16s), allocator, &image));
+    kTest(kPlot_Add(output, "Phase", image));
+    image = kNULL;
+    kTest(kPlot_SetWorld(output, 0, 0, width, -height));
+    *plot = output;
+    return kOK;
+cleanup:
+    kObject_Destroy(image);
+    kObject_Dispose(output);
+    return status;
 }
 
 kFx(kStatus) kS3dIntensity_Accumulate(kArray2 intensity, kArray2 sum, kArray2 count)

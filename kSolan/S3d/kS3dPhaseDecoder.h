@@ -130,6 +130,19 @@ kFx(kBool) kS3dPhaseDecoder_IsComplete(kS3dPhaseDecoder decoder);
 kFx(kStatus) kS3dPhaseMap_Intensity(kArray2 phaseMap, kArray2* intensity, kAlloc allocator);
 
 /**
+ * Plot of a phase map: three images of its shape (width = columns, height = rows), in this
+ * order "Contrast" (`k8u`), "Intensity" (`k8u`) and "Phase" (`k16s`, the raw phase including
+ * k16S_NULL), in a world from (0, 0) over the width and down the height.
+ *
+ * @param phaseMap   `kArray2` of `kPhasePixel`.
+ * @param plot       Receives a new plot (the caller owns it); untouched on failure.
+ * @param allocator  Allocator of the plot and its images (null: application allocator).
+ * @return kOK; kSTATUS_BAD_PARAMETER for a missing output or a map of another kind; allocation
+ *         failures, with nothing left behind.
+ */
+kFx(kStatus) kS3dPhaseMap_Plot(kArray2 phaseMap, kPlot* plot, kAlloc allocator);
+
+/**
  * Adds every valid intensity (not k16S_NULL) to its pixel's sum and counts it; over several
  * frames sum div count is the per-pixel mean.
  *

@@ -245,3 +245,20 @@ kFx(k32u) kS3dStripePattern_LineWidth(const kS3dStripePattern* pattern)
     const k32u count = kS3dStripePattern_LineCount(pattern);
     return count == 0 ? k32U_MAX : pattern->params.lineWidth / count;
 }
+
+kFx(kStatus) kS3dStripePattern_Export(const kS3dStripePattern* pattern, const kChar* fileName)
+{
+    kCheckArgs(pattern && fileName);
+    kArrayList list = kNULL;
+    kArray2 map = kNULL;
+    kStatus status;
+    kTest(kS3dStripePattern_ImageList(pattern, &list));
+    kTest(kS3dStripePattern_Map(pattern, &map));
+    kTest(kArrayList_Add(list, &map));
+    map = kNULL; // the list holds it now
+    kTest(kSave5(list, fileName));
+cleanup:
+    kObject_Dispose(map);
+    kObject_Dispose(list);
+    return status;
+}

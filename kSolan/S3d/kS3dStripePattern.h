@@ -120,4 +120,12 @@ kFx(k32u) kS3dStripePattern_LineCount(const kS3dStripePattern* pattern);
 /** Line width div line count, or all ones when the line count is 0. */
 kFx(k32u) kS3dStripePattern_LineWidth(const kS3dStripePattern* pattern);
 
+/**
+ * Saves the image list followed by the map (kS3dStripePattern_Map) to a version-5 data file
+ * (extension "kdat"). The list and the map are released in every case.
+ *
+ * @return kOK; kSTATUS_STREAM when the file cannot be written; allocation failures.
+ */
+kFx(kStatus) kS3dStripePattern_Export(const kS3dStripePattern* pattern, const kChar* fileName);
+
 #endif

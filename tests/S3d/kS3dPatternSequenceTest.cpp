@@ -14,6 +14,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <string>
 
 using ktest::Frame;
 using ktest::Map;
@@ -384,5 +385,38 @@ TEST(StripePattern, GroupsImagesAndFringeShifts)
     ASSERT_EQ(kS3dStripePattern_Construct(&pattern, &params), kOK);
     EXPECT_EQ(kS3dStripePattern_LineCount(pattern), 0u);
     EXPECT_EQ(kS3dStripePattern_LineWidth(pattern), k32U_MAX);
+    EXPECT_EQ(kS3dStripePattern_Destroy(pattern), kOK);
+}
+
+TEST(StripePattern, ExportSavesTheImagesAndTheMap)
+{
+    kS3dStripePatternParams params = {};
+    params.width = 32;
+    params.height = 2;
+    params.grayCount = 2;
+    params.phaseCount = 3;
+    params.secondPhaseCount = 2;
+    params.fringeDuty = 1.0;
+    params.maxIntensity = 1.0;
+    params.phaseIntensity = 1.0;
+    kS3dStripePattern* pattern = kNULL;
+    ASSERT_EQ(kS3dStripePattern_Construct(&pattern, &params), kOK);
+    ktest::TempDir dir;
+    const std::string path = dir.File("pattern.kdat");
+    ASSERT_EQ(kS3dStripePattern_Export(pattern, path.c_str()), kOK);
+    EXPECT_NE(kS3dStripePattern_Export(pattern, (dir.Path() + "/missing/pattern.kdat").c_str()),
+              kOK);
+
+    kObject loaded = kNULL;
+    ASSERT_EQ(kLoad5(&loaded, path.c_str(), kNULL), kOK);
+    ASSERT_TRUE(kObject_Is(loaded, kTypeOf(kArrayList)));
+    ASSERT_EQ(kArrayList_Count(loaded), 9u); // 1 + 2 + 3 + 2 images, then the map
+    kImage second = *static_cast<kImage*>(kArrayList_At(loaded, 1));
+    EXPECT_EQ(memcmp(kImage_RowAt(second, 1), kArray2_DataT<k8u>(pattern->map) + 32, 32), 0);
+    kArray2 map = *static_cast<kArray2*>(kArrayList_At(loaded, 8));
+    ASSERT_TRUE(kObject_Is(map, kTypeOf(kArray2)));
+    EXPECT_EQ(kArray2_Length(map, 0), 6u); // no second fringe set
+    EXPECT_EQ(memcmp(kArray2_Data(map), kArray2_Data(pattern->map), 6 * 32), 0);
+    kObject_Dispose(loaded);
     EXPECT_EQ(kS3dStripePattern_Destroy(pattern), kOK);
 }

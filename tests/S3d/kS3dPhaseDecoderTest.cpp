@@ -508,3 +508,42 @@ TEST_F(PhaseDecoder, IntensityMapsAndTheirMean)
     EXPECT_EQ(kS3dIntensity_Accumulate(sum, sum, count), kSTATUS_BAD_PARAMETER);
     kObject_Destroy(intensity);
 }
+
+TEST_F(PhaseDecoder, PlotShowsEveryFieldOfTheMap)
+{
+    Map<kPhasePixel> phase(kTypeOf(kPhasePixel), 2, 3);
+    for (kSize i = 0; i < 6; ++i)
+        phase[i] = kPhasePixel{(k8u)(10 + i), (k8u)(20 + i), (k16s)(i == 4 ? k16S_NULL : 300 + i)};
+
+    ktest::CountingAlloc alloc;
+    kPlot plot = kNULL;
+    ASSERT_EQ(kS3dPhaseMap_Plot(phase, &plot, alloc), kOK);
+    ASSERT_EQ(kPlot_Count(plot), 3u);
+    const char* names[] = {"Contrast", "Intensity", "Phase"};
+    const kType types[] = {kTypeOf(k8u), kTypeOf(k8u), kTypeOf(k16s)};
+    for (kSize n = 0; n < 3; ++n)
+    {
+        EXPECT_STREQ(kPlot_NameAt(plot, n), names[n]);
+        kImage image = kPlot_ItemAt(plot, n);
+        ASSERT_EQ(kImage_PixelType(image), types[n]);
+        EXPECT_EQ(kImage_Width(image), 3u);
+        EXPECT_EQ(kImage_Height(image), 2u);
+    }
+    EXPECT_EQ(*kImage_AtT<k8u>(kPlot_ItemAt(plot, 0), 2, 1), 15);
+    EXPECT_EQ(*kImage_AtT<k8u>(kPlot_ItemAt(plot, 1), 0, 1), 23);
+    EXPECT_EQ(*kImage_AtT<k16s>(kPlot_ItemAt(plot, 2), 1, 1), k16S_NULL);
+    EXPECT_EQ(*kImage_AtT<k16s>(kPlot_ItemAt(plot, 2), 2, 1), 305);
+    k64f x0, y0, x1, y1;
+    ASSERT_EQ(kPlot_World(plot, &x0, &y0, &x1, &y1), kOK);
+    EXPECT_EQ(x0, 0.0);
+    EXPECT_EQ(y0, 0.0);
+    EXPECT_EQ(x1, 3.0);
+    EXPECT_EQ(y1, -2.0);
+    kObject_Dispose(plot);
+
+    EXPECT_EQ(kS3dPhaseMap_Plot(phase, kNULL, alloc), kSTATUS_BAD_PARAMETER);
+    Map<k16s> other(kTypeOf(k16s), 2, 3);
+    EXPECT_EQ(kS3dPhaseMap_Plot(other, &plot, alloc), kSTATUS_BAD_PARAMETER);
+    ktest::ExpectCleanFailures([&](kAlloc a, kObject* out)
+                               { return kS3dPhaseMap_Plot(phase, out, a); });
+}
