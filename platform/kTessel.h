@@ -21,5 +21,6 @@
 #include <kTessel/kStorageStream.h>
 #include <kTessel/kCudaAlloc.h>
 #include <kTessel/kCudaUtils.h>
+#include <kTessel/kDataTree.h>
 
 #endif

@@ -12,6 +12,7 @@
 #include <kTessel/kAxAction.h>
 #include <kTessel/kCameraPhaseDecoder.h>
 #include <kTessel/kStorageStream.h>
+#include <kTessel/kDataTree.h>
 #include <kTessel/kPlot.h>
 
 kAssembly xxkTesselLib_assembly = kNULL;
@@ -59,6 +60,9 @@ kStatus AddTypes(kAssembly assembly)
     /* GPU streams and memory. */
     kAddType(kCudaStream);
     kAddType(kCudaAlloc);
+
+    /* Data trees: calibration and diagnostic records. */
+    kAddType(kDataTree);
 
     return kOK;
 }
