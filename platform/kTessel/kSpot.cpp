@@ -5,6 +5,7 @@ kDefineValue(kFpgaSpot, kValue);
 kDefineValue(kFpgaWideSpot, kValue);
 kDefineValue(kFpgaSpot2i, kValue);
 kDefineValue(kSpot2, kValue);
+kDefineValue(kCompactSpot, kValue);
 
 kFx(kStatus) xxkSpot_Register(kAssembly assembly, const kChar* name)
 {
@@ -44,4 +45,10 @@ kFx(kStatus) xxkSpot2_Register(kAssembly assembly, const kChar* name)
     kCheck(kAddField(kSpot2, k32u, x));
     kCheck(kAddField(kSpot2, k32u, y));
     return kAddField(kSpot2, k32u, sum);
+}
+
+kFx(kStatus) xxkCompactSpot_Register(kAssembly assembly, const kChar* name)
+{
+    kCheck(kAddValue(kCompactSpot, kValue));
+    return kAddField(kCompactSpot, k32u, word);
 }

@@ -81,10 +81,31 @@ kDeclareValue(kSpot);
 kDeclareValue(kFpgaSpot);
 kDeclareValue(kFpgaWideSpot);
 kDeclareValue(kFpgaSpot2i);
+/**
+ * The decompressed spot, one little-endian 32-bit word, as the delta decoder writes it:
+ *
+ *     bits  0-21  centre (1/256 pixel)       bits 22-29  intensity (8 bits)
+ *     bit  30     always 0                   bit  31     patch: 1 = no spot
+ *
+ * The centre and the intensity arrive as separate streams, so a spot is written field by
+ * field and either stream may mark it null: a null field has all its bits set together with
+ * the patch bit. The null spot is every field at its all-ones value with the patch bit
+ * (kCOMPACT_SPOT_NULL).
+ */
+typedef struct kCompactSpot
+{
+    k32u word;
+} kCompactSpot;
+
 kDeclareValue(kSpot2);
+kDeclareValue(kCompactSpot);
 
 #define kFPGA_SPOT_NULL_FLAG ((k16u)0x8000)
 #define kFPGA_SPOT2I_NULL (0x8000000000000000ull)
+#define kCOMPACT_SPOT_CENTRE_MASK (0x003FFFFFu)
+#define kCOMPACT_SPOT_INTENSITY_MASK (0x3FC00000u)
+#define kCOMPACT_SPOT_PATCH_BIT (0x80000000u)
+#define kCOMPACT_SPOT_NULL (0xBFFFFFFFu)
 
 /* ----- Word-level fields shared by kFpgaSpot and kFpgaWideSpot ------------------------------ */
 
@@ -244,5 +265,31 @@ inline void kFpgaSpot2i_SetPatch(kFpgaSpot2i* spot, k32u patch)
     xkFpgaSpot2i_SetField(spot, 63, 1, patch);
 }
 inline void kFpgaSpot2i_Zero(kFpgaSpot2i* spot) { spot->word = 0; }
+
+/* ----- kCompactSpot -------------------------------------------------------------------------- */
+
+inline k32u kCompactSpot_Centre(const kCompactSpot* spot)
+{
+    return spot->word & kCOMPACT_SPOT_CENTRE_MASK;
+}
+inline k32u kCompactSpot_Intensity(const kCompactSpot* spot) { return (spot->word >> 22) & 0xFF; }
+/** 1 when the entry holds no spot. */
+inline k32u kCompactSpot_Patch(const kCompactSpot* spot) { return spot->word >> 31; }
+
+/** Writes the centre's low 22 bits; the other fields are kept. */
+inline void kCompactSpot_SetCentre(kCompactSpot* spot, k32u centre)
+{
+    spot->word = (spot->word & ~kCOMPACT_SPOT_CENTRE_MASK) | (centre & kCOMPACT_SPOT_CENTRE_MASK);
+}
+/** Writes the intensity's low 8 bits; the other fields are kept. */
+inline void kCompactSpot_SetIntensity(kCompactSpot* spot, k32u intensity)
+{
+    spot->word = (spot->word & ~kCOMPACT_SPOT_INTENSITY_MASK) |
+                 ((intensity << 22) & kCOMPACT_SPOT_INTENSITY_MASK);
+}
+inline void kCompactSpot_SetPatch(kCompactSpot* spot, k32u patch)
+{
+    spot->word = (spot->word & ~kCOMPACT_SPOT_PATCH_BIT) | (patch & 1) << 31;
+}
 
 #endif

@@ -31,6 +31,7 @@ kStatus AddTypes(kAssembly assembly)
     kAddType(kFpgaWideSpot);
     kAddType(kFpgaSpot2i);
     kAddType(kSpot2);
+    kAddType(kCompactSpot);
     kAddType(kStamp);
     kAddType(kHealthStat);
 
