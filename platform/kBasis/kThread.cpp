@@ -12,7 +12,7 @@
 
 kDefineClass(kThread, kObject)
 
-    struct kThreadImpl
+struct kThreadImpl
 {
     std::thread thread;
     std::mutex mutex;
@@ -48,8 +48,13 @@ void ApplyPriority(k32s priority)
     (void)setpriority(PRIO_PROCESS, (id_t)gettid(), nice);
 }
 
+/* The kThread whose function the calling thread runs, if any: lets a thread recognise a join
+   of itself without reading the std::thread that its starter may still be assigning. */
+thread_local kThreadClass* t_current = kNULL;
+
 void Run(kThreadClass* obj)
 {
+    t_current = obj;
     if (obj->name[0]) pthread_setname_np(pthread_self(), obj->name);
     ApplyPriority(obj->priority);
 
@@ -134,8 +139,8 @@ kFx(kStatus) kThread_Start(kThread thread, kThreadFx function, kPointer context)
 kFx(kStatus) kThread_Join(kThread thread, k64u timeout, kStatus* exitCode)
 {
     kObjR(kThread, thread);
+    kCheckState(t_current != obj);
     kCheckState(obj->impl->thread.joinable());
-    kCheckState(obj->impl->thread.get_id() != std::this_thread::get_id());
     return Reap(obj, timeout, exitCode);
 }
 

@@ -7,15 +7,18 @@
 #include <atomic>
 #include <random>
 #include <thread>
+#include <tuple>
 #include <vector>
 
 namespace
 {
 #ifdef KSOLAN_STRESS_FULL
-constexpr kSize kStressBatches = 10000;
+constexpr kSize kStressBatches = 10000; // per thread count, in kStressShards tests
+constexpr kSize kStressShards = 10;
 constexpr kSize kBackToBackBatches = 100000;
 #else
 constexpr kSize kStressBatches = 100;
+constexpr kSize kStressShards = 1;
 constexpr kSize kBackToBackBatches = 3000;
 #endif
 
@@ -144,21 +147,23 @@ TEST_F(JobQueue, JobsAddedBeforeTheFirstBeginWaitForIt)
         EXPECT_EQ(slot, 1);
 }
 
-/* Each thread count is its own test, so that the full-size runs stay within a test's time. */
-class JobQueueStress : public JobQueue, public ::testing::WithParamInterface<kSize>
+/* (thread count, shard): the batches of a thread count are spread over shards, so that each
+   test of the full-size run stays within a test's time limit. */
+class JobQueueStress : public JobQueue,
+                       public ::testing::WithParamInterface<std::tuple<kSize, kSize>>
 {
 };
 
 TEST_P(JobQueueStress, RandomBatchesRunEachJobOnceAndFinishBeforeEnd)
 {
-    kSize threads = GetParam();
-    std::mt19937 rng((unsigned)threads);
+    auto [threads, shard] = GetParam();
+    std::mt19937 rng((unsigned)(threads * 1000 + shard));
     std::uniform_int_distribution<kSize> size(0, 1000);
     kObjectGuard queue(Construct(threads));
     Batch batch;
     batch.slots.assign(1000, 0);
 
-    for (kSize b = 0; b < kStressBatches; ++b)
+    for (kSize b = 0; b < kStressBatches / kStressShards; ++b)
     {
         kSize count = size(rng);
         if (b % 2)
@@ -183,7 +188,9 @@ TEST_P(JobQueueStress, RandomBatchesRunEachJobOnceAndFinishBeforeEnd)
     EXPECT_LE(batch.maxRunning.load(), (int)threads);
 }
 
-INSTANTIATE_TEST_SUITE_P(Threads, JobQueueStress, ::testing::Values(1u, 2u, 4u, 8u, 16u));
+INSTANTIATE_TEST_SUITE_P(Threads, JobQueueStress,
+                         ::testing::Combine(::testing::Values(1u, 2u, 4u, 8u, 16u),
+                                            ::testing::Range<kSize>(0, kStressShards)));
 
 TEST_F(JobQueue, BackToBackSmallBatchesLeaveNoStaleCompletions)
 {
