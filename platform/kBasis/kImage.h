@@ -154,9 +154,10 @@ inline T* kImage_AtT(kImage image, kSize x, kSize y)
  * @param image      Receives the image (the caller owns one reference).
  * @param path       File path ending in ".bmp" or ".png" (any case).
  * @param allocator  Allocator of the image.
- * @return kOK; kSTATUS_BAD_PARAMETER for another extension; kSTATUS_NOT_FOUND when the file
- *         cannot be opened; kSTATUS_BAD_FORMAT when the content is not an image of a supported
- *         layout or is corrupt; kSTATUS_INCOMPLETE when it is cut short; kSTATUS_MEMORY.
+ * @return kOK; kSTATUS_BAD_PARAMETER for another extension; kSTATUS_NOT_FOUND when the path
+ *         is not a regular file that can be opened; kSTATUS_BAD_FORMAT when the content is not
+ *         an image of a supported layout or is corrupt; kSTATUS_INCOMPLETE when it is cut
+ *         short; kSTATUS_MEMORY.
  */
 kFx(kStatus) kImage_Import(kImage* image, const kChar* path, kAlloc allocator);
 
@@ -167,8 +168,9 @@ kFx(kStatus) kImage_ImportBytes(kImage* image, const void* data, kSize size,
 /**
  * Writes the image to a BMP or PNG file (kind from the extension).
  *
- * @return kOK; kSTATUS_BAD_PARAMETER for another extension or a pixel type the file kind does
- *         not store (see the table above); kSTATUS_STREAM when the file cannot be written.
+ * @return kOK; kSTATUS_BAD_PARAMETER for another extension, a pixel type the file kind does
+ *         not store (see the table above) or an empty image; kSTATUS_STREAM when the file
+ *         cannot be written.
  */
 kFx(kStatus) kImage_Export(kImage image, const kChar* path);
 
