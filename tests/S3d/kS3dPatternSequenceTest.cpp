@@ -355,7 +355,6 @@ TEST(StripePattern, GroupsImagesAndFringeShifts)
     EXPECT_EQ(second[0], second[8]);
     EXPECT_NE(second[0], second[64]);
     kObject_Destroy(map);
-    kObject_Destroy(wide);
 
     kImage image = kNULL;
     ASSERT_EQ(kS3dStripePattern_Image(pattern, kS3D_STRIPE_PATTERN_SECOND_PHASE, 2, &image), kOK);
@@ -373,6 +372,8 @@ TEST(StripePattern, GroupsImagesAndFringeShifts)
     kImage third = *static_cast<kImage*>(kArrayList_At(list, 2)); // first Gray image
     EXPECT_EQ(memcmp(kImage_RowAt(third, 0), rows + 2 * 64, 64), 0);
     kObject_Dispose(list);
+
+    kObject_Destroy(wide);
 
     EXPECT_EQ(kS3dStripePattern_SetReferenceIntensity(pattern, 2, 100), kSTATUS_FAILED);
     ASSERT_EQ(kS3dStripePattern_SetReferenceIntensity(pattern, 1, 100), kOK);
