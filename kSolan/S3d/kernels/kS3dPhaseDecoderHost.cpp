@@ -1,6 +1,6 @@
 // Vector host kernels of the phase decoder; compiled once per vector target, dispatched at
-// run time. Pixels are processed in whole vectors; a frame's last partial vector runs through
-// the same code on a zero-padded copy.
+// run time. Pixels are processed in whole vectors; what is left at the end of a frame runs
+// through the same code on zero-padded copies.
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "kSolan/S3d/kernels/kS3dPhaseDecoderHost.cpp"
 #include <hwy/foreach_target.h> // IWYU pragma: keep
@@ -29,40 +29,37 @@ using V = hn::Vec<D>;
  */
 static_assert(sizeof(kS3dPhaseDecoderAccum) == 12, "three words per accumulator");
 
-/* Pixels of a group read by the widest block: 16 bytes, even when a group has fewer. */
+#if HWY_TARGET != HWY_SCALAR
+/* Pixels a group reads: one 16-byte block, even when the group has fewer pixels. */
 constexpr size_t kGroupRead = 16;
 
 /*
- * Runs block(words, pixels, out) over each group of Lanes(d) pixels, then over zero-padded
- * copies of what is left, so that no block reads or writes past the caller's buffers.
+ * Runs block(words, pixels) over each group of Lanes(d) pixels, then over zero-padded copies
+ * of what is left, so that no block reads or writes past the caller's buffers.
  */
 template <class Block>
-HWY_INLINE void ForEachGroup(void* accum, const k8u* pixels, void* output, size_t count,
+HWY_INLINE void ForEachGroup(kS3dPhaseDecoderAccum* accum, const k8u* pixels, size_t count,
                              const Block& block)
 {
     const size_t n = hn::Lanes(D());
-    int32_t* words = static_cast<int32_t*>(accum);
-    int32_t* out = static_cast<int32_t*>(output);
+    int32_t* words = reinterpret_cast<int32_t*>(accum);
     size_t i = 0;
     for (; i + HWY_MAX(n, kGroupRead) <= count; i += n)
-        block(words + 3 * i, pixels + i, out ? out + i : nullptr);
+        block(words + 3 * i, pixels + i);
 
     constexpr size_t kMax = hn::MaxLanes(D());
     for (; i < count; i += n)
     {
         HWY_ALIGN int32_t tailWords[3 * kMax] = {};
         HWY_ALIGN k8u tailPixels[HWY_MAX(kMax, kGroupRead)] = {};
-        HWY_ALIGN int32_t tailOut[kMax] = {};
         const size_t rest = HWY_MIN(n, count - i);
         memcpy(tailWords, words + 3 * i, rest * sizeof(kS3dPhaseDecoderAccum));
         memcpy(tailPixels, pixels + i, rest);
-        block(tailWords, tailPixels, tailOut);
+        block(tailWords, tailPixels);
         memcpy(words + 3 * i, tailWords, rest * sizeof(kS3dPhaseDecoderAccum));
-        if (out) memcpy(out + i, tailOut, rest * sizeof(kPhasePixel));
     }
 }
 
-#if HWY_TARGET != HWY_SCALAR
 /*
  * The frames before the last update the records in place, without deinterleaving: every lane
  * gets its record's pixel p by a byte shuffle, then word += p × factor (the cosine or sine
@@ -112,8 +109,7 @@ struct InPlaceBlock
 {
     InPlaceLanes lanes;
 
-    HWY_INLINE void operator()(int32_t* HWY_RESTRICT words, const k8u* HWY_RESTRICT pixels,
-                               int32_t*) const
+    HWY_INLINE void operator()(int32_t* HWY_RESTRICT words, const k8u* HWY_RESTRICT pixels) const
     {
         const D d;
         const D8 d8;
@@ -153,7 +149,7 @@ HWY_INLINE void Accumulate(kS3dPhaseDecoderAccum* accum, const k8u* pixels, size
     }
 #else
     const InPlaceBlock<kFirst> block{MakeInPlaceLanes(sine, cosine, kFirst ? 0x10101 : 0x10000)};
-    ForEachGroup(accum, pixels, nullptr, count, block);
+    ForEachGroup(accum, pixels, count, block);
 #endif
 }
 
