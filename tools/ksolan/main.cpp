@@ -1,32 +1,241 @@
-// ksolan: command-line front end of the library.
+// ksolan: command-line front end of the library: the built-in demo scan, decoding of a user's
+// own stripe-and-phase frames, and what this build contains.
+#include "Demo.h"
+#include "Scan.h"
+
 #include <kSolan/kSolan.h>
 
+#include <kTessel/kCudaUtils.h>
+
+#include <kBasis/kArray2.h>
+#include <kBasis/kImage.h>
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <chrono>
 #include <cstdio>
-#include <cstring>
+#include <string>
+
+#if defined(_OPENMP)
+#include <omp.h>
+#endif
+
+namespace
+{
+using namespace ksolan;
+using Clock = std::chrono::steady_clock;
+
+double SecondsSince(Clock::time_point start)
+{
+    return std::chrono::duration<double>(Clock::now() - start).count();
+}
+
+std::string VersionText(kVersion version)
+{
+    return std::to_string(kVersion_Major(version)) + "." + std::to_string(kVersion_Minor(version)) +
+           "." + std::to_string(kVersion_Release(version)) + "." +
+           std::to_string(kVersion_Build(version));
+}
+
+void PrintWritten(const OutputFolder& folder)
+{
+    printf("pictures: %s/{phase,absolute-phase,stripe-code,contrast,intensity}.png\n",
+           folder.Path().c_str());
+    printf("maps:     %s/{phase,stripe-code,absolute-phase}.kdat6\n", folder.Path().c_str());
+}
+
+struct DemoOptions
+{
+    std::string output = "ksolan-demo";
+    kSize width = 640;
+    kSize height = 480;
+    k32u seed = 1;
+};
+
+void RunDemo(const DemoOptions& options)
+{
+    const Encoding encoding;
+    StageTimes times;
+    printf("demo scan: %zux%zu camera, sphere and step on a tilted plane; 1 reference, "
+           "%zu stripe and %zu phase frames, fringe period %g projector columns, P = %u\n",
+           options.width, options.height, encoding.stripes, encoding.phases, kDemoPeriod,
+           encoding.phasePeriod);
+    OutputFolder folder(options.output);
+
+    auto start = Clock::now();
+    ksim::FringeCamera camera(DemoScene(options.width, options.height, options.seed));
+    times.Add("scene and truth", SecondsSince(start));
+
+    start = Clock::now();
+    std::vector<Handle> frames = RenderFrames(camera, encoding);
+    times.Add("rendering", SecondsSince(start));
+
+    Maps maps = Decode(frames, encoding, times);
+
+    const double projector = kDemoPeriod * (1u << encoding.stripes);
+    Accuracy accuracy = Measure(maps, camera.GroundTruth(), encoding, projector);
+
+    start = Clock::now();
+    WriteMaps(folder, maps, encoding);
+    WriteFrames(folder, frames);
+    times.Add("writing files", SecondsSince(start));
+    folder.Commit();
+
+    accuracy.Print(encoding);
+    times.Print();
+    PrintWritten(folder);
+    printf("frames:   %s/frames/frame-00.png … frame-%02zu.png\n", folder.Path().c_str(),
+           frames.size() - 1);
+    printf("decode them again: ksolan decode -o %s/decoded %s/frames/*.png\n",
+           folder.Path().c_str(), folder.Path().c_str());
+}
+
+void RunDecode(const std::vector<std::string>& paths, const Encoding& encoding,
+               const std::string& output)
+{
+    StageTimes times;
+    auto start = Clock::now();
+    std::vector<Handle> frames = ReadFrames(paths, encoding);
+    times.Add("reading frames", SecondsSince(start));
+    OutputFolder folder(output);
+
+    Maps maps = Decode(frames, encoding, times);
+    start = Clock::now();
+    WriteMaps(folder, maps, encoding);
+    times.Add("writing files", SecondsSince(start));
+    folder.Commit();
+
+    const kSize count = kArray2_Count(maps.absolute);
+    const kPhasePixel2* absolute = kArray2_DataT<kPhasePixel2>(maps.absolute);
+    const kSize valid =
+        (kSize)std::count_if(absolute, absolute + count,
+                             [](kPhasePixel2 p) { return kPhasePixel2_Phase(&p) != k24U_NULL; });
+    printf("decoded %zu frames of %zux%zu: %.2f %% of the pixels have an absolute phase\n",
+           frames.size(), kImage_Width(frames[0]), kImage_Height(frames[0]), 100.0 * valid / count);
+    times.Print();
+    PrintWritten(folder);
+}
+
+void RunInfo(kAssembly assembly)
+{
+    printf("%s %s (platform %s)\n", kAssembly_Name(assembly),
+           VersionText(kAssembly_Version(assembly)).c_str(),
+           VersionText(kAssembly_PlatformVersion(assembly)).c_str());
+    printf("CUDA:     %s, device %s\n", kCudaRuntime_IsAvailable() ? "built in" : "not built in",
+           kCudaDevice_IsAvailable(kTRUE) ? "present" : "absent (host paths)");
+#if defined(_OPENMP)
+    printf("OpenMP:   %d threads\n", omp_get_max_threads());
+#else
+    printf("OpenMP:   not used by this build\n");
+#endif
+    const kSize count = kAssembly_TypeCount(assembly);
+    printf("registered types: %zu\n", count);
+    std::string line = " ";
+    for (kSize i = 0; i < count; ++i)
+    {
+        std::string name = kType_Name(kAssembly_TypeAt(assembly, i));
+        if (line.size() + name.size() + 1 > 100)
+        {
+            printf("%s\n", line.c_str());
+            line = " ";
+        }
+        line += " " + name;
+    }
+    if (line.size() > 1) printf("%s\n", line.c_str());
+}
+
+/* One line on stderr for every failure. */
+int Fail(std::string message)
+{
+    std::replace(message.begin(), message.end(), '\n', ' ');
+    fprintf(stderr, "ksolan: %s\n", message.c_str());
+    return 1;
+}
+} // namespace
 
 int main(int argc, char** argv)
 {
-    const char* job = argc > 1 ? argv[1] : "demo";
+    CLI::App app{"kSolan command-line tool: the demo scan, decoding of stripe-and-phase frames, "
+                 "and build information."};
+    app.require_subcommand(1);
+
+    DemoOptions demo;
+    CLI::App* demoCommand =
+        app.add_subcommand("demo", "Render the built-in scan, decode it, report its accuracy "
+                                   "and write pictures, maps and frames.");
+    demoCommand->add_option("-o,--output", demo.output, "Output folder")->capture_default_str();
+    demoCommand->add_option("--width", demo.width, "Camera width in pixels")
+        ->capture_default_str()
+        ->check(CLI::Range(32, 4096));
+    demoCommand->add_option("--height", demo.height, "Camera height in pixels")
+        ->capture_default_str()
+        ->check(CLI::Range(32, 4096));
+    demoCommand->add_option("--seed", demo.seed, "Seed of the sensor noise")->capture_default_str();
+
+    Encoding encoding;
+    std::vector<std::string> paths;
+    std::string decodeOutput = "ksolan-decode";
+    CLI::App* decodeCommand = app.add_subcommand(
+        "decode", "Decode stripe-and-phase frames (8-bit grey PNG or BMP): the reference frame, "
+                  "the stripe frames (most significant first), then the phase frames.");
+    decodeCommand->add_option("frames", paths, "Frame files in projection order")->required();
+    decodeCommand->add_option("-o,--output", decodeOutput, "Output folder")->capture_default_str();
+    decodeCommand->add_option("--stripes", encoding.stripes, "Gray-code stripe frames")
+        ->capture_default_str()
+        ->check(CLI::Range(1, 8));
+    decodeCommand->add_option("--phases", encoding.phases, "Phase-shifted fringe frames")
+        ->capture_default_str()
+        ->check(CLI::Range(3, 31));
+    decodeCommand->add_option("--period", encoding.phasePeriod, "Phase period P (phase units)")
+        ->capture_default_str()
+        ->check(CLI::Range(1, 32767));
+    decodeCommand
+        ->add_option("--contrast", encoding.phaseContrast,
+                     "Fringe contrast a valid phase must exceed, grey levels")
+        ->capture_default_str()
+        ->check(CLI::Range(0, 255));
+    decodeCommand
+        ->add_option("--stripe-contrast", encoding.stripeContrast,
+                     "Difference from the reference a stripe bit needs, grey levels")
+        ->capture_default_str()
+        ->check(CLI::Range(0, 255));
+
+    CLI::App* infoCommand = app.add_subcommand("info", "Version, build options, registered types.");
+
+    const std::string first = argc > 1 ? argv[1] : "";
+    if (first.empty()) return Fail("a command is required: demo, decode or info");
+    auto known = [&first](const CLI::App* command) { return command->check_name(first); };
+    if (first[0] != '-' && !known(demoCommand) && !known(decodeCommand) && !known(infoCommand))
+        return Fail("unknown command " + first + " (commands: demo, decode, info)");
+    try
+    {
+        app.parse(argc, argv);
+    }
+    catch (const CLI::ParseError& e)
+    {
+        if (e.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) return app.exit(e);
+        return Fail(e.what());
+    }
+
     kAssembly assembly = kNULL;
     kStatus status = kSolan_Construct(&assembly);
     if (!kSuccess(status))
+        return Fail(std::string("cannot load the library: ") + kStatus_Name(status));
+    Handle library(assembly);
+    try
     {
-        fprintf(stderr, "kSolan_Construct failed: %d %s\n", status, kStatus_Name(status));
-        return 1;
+        if (demoCommand->parsed()) RunDemo(demo);
+        if (decodeCommand->parsed()) RunDecode(paths, encoding, decodeOutput);
+        if (infoCommand->parsed()) RunInfo(assembly);
     }
-    if (strcmp(job, "demo") == 0 || strcmp(job, "types") == 0)
+    catch (const Error& e)
     {
-        printf("%s %u.%u.%u.%u: %zu registered types\n", kAssembly_Name(assembly),
-               kVersion_Major(kAssembly_Version(assembly)), kVersion_Minor(kAssembly_Version(assembly)),
-               kVersion_Release(kAssembly_Version(assembly)), kVersion_Build(kAssembly_Version(assembly)),
-               kAssembly_TypeCount(assembly));
+        return Fail(e.what());
     }
-    else
+    catch (const std::exception& e)
     {
-        fprintf(stderr, "unknown job: %s\n", job);
-        kObject_Destroy(assembly);
-        return 2;
+        return Fail(std::string("unexpected failure: ") + e.what());
     }
-    kObject_Destroy(assembly);
     return 0;
 }
