@@ -10,9 +10,10 @@
 #include <strings.h>
 #include <sys/stat.h>
 
-kDefineValue(kPixelFormat, kValue) kDefineClass(kImage, kObject)
+kDefineValue(kPixelFormat, kValue)
+kDefineClass(kImage, kObject)
 
-    struct kImageClass
+struct kImageClass
 {
     kObjectClass base;
     kType pixelType;
@@ -408,8 +409,8 @@ constexpr k32u kBmpBitFields = 3;    // BI_BITFIELDS
 /* Rows of a BMP file are padded to 4 bytes. */
 k64u BmpStride(k64u width, k64u bitsPerPixel) { return (width * bitsPerPixel + 31) / 32 * 4; }
 
-/* Failure of a header read that runs past the data: a prefix of a valid file is incomplete,
-   anything that contradicts the format is a bad format. */
+/* A prefix of a valid file is reported as incomplete; anything that contradicts the format
+   as a bad format. */
 kStatus DecodeBmp(kImage* image, const kByte* data, kSize size, kAlloc alloc)
 {
     const kByte signature[2] = {'B', 'M'};
@@ -434,12 +435,15 @@ kStatus DecodeBmp(kImage* image, const kByte* data, kSize size, kAlloc alloc)
     if (compression != kBmpRgb && !(compression == kBmpBitFields && bits == 32))
         return kSTATUS_BAD_FORMAT;
 
-    /* Masks follow a 40-byte header, or are part of the longer ones. */
+    /* Three masks follow a 40-byte header, or are part of the longer ones (52 bytes and up). */
     k64u tableStart = kBmpFileHeader + headerSize;
     if (compression == kBmpBitFields)
     {
         k64u masksAt = kBmpFileHeader + kBmpInfoHeader;
-        if (headerSize == kBmpInfoHeader) tableStart += 12;
+        if (headerSize == kBmpInfoHeader)
+            tableStart += 12;
+        else if (headerSize < kBmpInfoHeader + 12)
+            return kSTATUS_BAD_FORMAT;
         if (tableStart > size) return kSTATUS_INCOMPLETE;
         if (Get32(data + masksAt) != 0x00FF0000u || Get32(data + masksAt + 4) != 0x0000FF00u ||
             Get32(data + masksAt + 8) != 0x000000FFu)

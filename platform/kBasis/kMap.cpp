@@ -7,9 +7,9 @@
 
 kDefineClass(kMap, kObject)
 
-    /* An entry is a header, the key and the value, each part starting at a multiple of 8 bytes.
-       Entries are dense (0 … count - 1); each bucket holds the first entry of its chain. */
-    struct kMapEntry
+/* An entry is a header, the key and the value, each part starting at a multiple of 8 bytes.
+   Entries are dense (0 … count - 1); each bucket holds the first entry of its chain. */
+struct kMapEntry
 {
     kSize hash;
     kSize next; // index + 1 of the next entry of the chain, 0 at its end

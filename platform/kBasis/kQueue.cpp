@@ -4,7 +4,7 @@
 
 kDefineClass(kQueue, kObject)
 
-    struct kQueueClass
+struct kQueueClass
 {
     kObjectClass base;
     kType itemType;

@@ -670,6 +670,11 @@ TEST(ImageFiles, HandMadeBmpLayoutsDecode)
     EXPECT_EQ(
         Import(BuildBmp(2, 1, 8, 0, inverted, {{0, 1}}, 300), kIMAGE_FILE_FORMAT_BMP, &read, alloc),
         kSTATUS_BAD_FORMAT);
+    /* BI_BITFIELDS with a 44-byte header: no room for the masks inside it, none after it. */
+    Bytes shortHeader = BuildBmp(1, 1, 32, 3, {}, {});
+    shortHeader[14] = 44;
+    shortHeader.resize(14 + 44);
+    EXPECT_EQ(Import(shortHeader, kIMAGE_FILE_FORMAT_BMP, &read, alloc), kSTATUS_BAD_FORMAT);
     EXPECT_EQ(read, nullptr);
 }
 
