@@ -39,6 +39,9 @@ kFx(kStatus) kSave5(kObject object, const kChar* fileName);
 /**
  * Reads the object of a version-5 file.
  *
+ * A file holds exactly one object: a null object or anything after the object is
+ * kSTATUS_BAD_FORMAT.
+ *
  * @param object     Receives the object (one reference, owned by the caller; dispose of
  *                   containers of objects with kObject_Dispose).
  * @param allocator  Allocator of the object (null: application allocator).

@@ -78,6 +78,7 @@ void ChecksumGroups(xkDatChecksum* c, const kByte* data, kSize groups)
 void ChecksumUpdate(xkDatChecksum* c, const void* data, kSize size)
 {
     const kByte* p = static_cast<const kByte*>(data);
+    if (size == 0) return;
     if (c->pendingCount > 0)
     {
         kSize n = kMin_(size, 32 - c->pendingCount);
@@ -221,6 +222,7 @@ kStatus FlushBuffer(kSerializerClass* obj)
 kStatus Put(kSerializerClass* obj, const void* data, kSize size)
 {
     if (obj->mode != xkSERIALIZER_MODE_WRITE) return kSTATUS_BAD_STATE;
+    if (size == 0) return kOK;
     if (size >= kDirectSize)
     {
         kCheck(FlushBuffer(obj));
@@ -314,6 +316,7 @@ kStatus Take(kSerializerClass* obj, void* data, kSize size)
 {
     if (obj->mode != xkSERIALIZER_MODE_READ) return kSTATUS_BAD_STATE;
     if (size > PayloadLeft(obj)) return kSTATUS_INCOMPLETE;
+    if (size == 0) return kOK;
 
     kByte* p = static_cast<kByte*>(data);
     kSize buffered = kMin_(size, obj->bufferCount - obj->bufferPos);
@@ -812,9 +815,9 @@ kStatus xkSerializer_LoadFile(kObject* object, const kChar* fileName, kType type
     kTest(xkSerializer_Construct(&serializer, type, stream, format, allocator));
     kTest(kSerializer_ReadObject(serializer, &result, allocator));
     kTest(kStream_Remaining(stream, &remaining));
-    if (remaining != 0)
+    if (!result || remaining != 0)
     {
-        status = kSTATUS_BAD_FORMAT; // a file holds one frame
+        status = kSTATUS_BAD_FORMAT; // a file holds one object, in one frame
         goto cleanup;
     }
     *object = result;

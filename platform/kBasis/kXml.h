@@ -49,7 +49,7 @@ kDeclareClass(kXml, kObject);
 /** Handle of an item (element) of a document. */
 typedef struct xkXmlNode* kXmlItem;
 
-/* ----- Construction, files and text -------------------------------------------------------- */
+/* ----- Construction, files and text ----------------------------------------------------------- */
 
 /**
  * Constructs an empty document (no root item).
@@ -98,7 +98,7 @@ kFx(kStatus) kXml_Assign(kXml xml, kXml source);
 /** Removes every item: the document becomes empty (items are invalidated). */
 kFx(kStatus) kXml_Clear(kXml xml);
 
-/* ----- Navigation -------------------------------------------------------------------------- */
+/* ----- Navigation ----------------------------------------------------------------------------- */
 
 /** Root item, or null for an empty document. */
 kFx(kXmlItem) kXml_Root(kXml xml);
@@ -130,7 +130,7 @@ kFx(kXmlItem) kXml_Parent(kXml xml, kXmlItem item);
 /** Element name of item ("" for a null or foreign item). Valid while the item lives. */
 kFx(const kChar*) kXml_ItemName(kXml xml, kXmlItem item);
 
-/* ----- Typed readers of the descendant at a path ------------------------------------------- */
+/* ----- Typed readers of the descendant at a path ---------------------------------------------- */
 
 kFx(kStatus) kXml_Child32s(kXml xml, kXmlItem item, const kChar* path, k32s* value);
 kFx(kStatus) kXml_Child32u(kXml xml, kXmlItem item, const kChar* path, k32u* value);
@@ -151,7 +151,7 @@ kFx(kStatus)
 /** Replaces the contents of value with the text of the descendant at path. */
 kFx(kStatus) kXml_ChildString(kXml xml, kXmlItem item, const kChar* path, kString value);
 
-/* ----- Typed readers of an item itself ----------------------------------------------------- */
+/* ----- Typed readers of an item itself -------------------------------------------------------- */
 
 kFx(kStatus) kXml_Item32s(kXml xml, kXmlItem item, k32s* value);
 kFx(kStatus) kXml_Item32u(kXml xml, kXmlItem item, k32u* value);
@@ -165,7 +165,7 @@ kFx(kStatus) kXml_ItemText(kXml xml, kXmlItem item, kChar* buffer, kSize capacit
 /** Replaces the contents of value with the item's text. */
 kFx(kStatus) kXml_ItemString(kXml xml, kXmlItem item, kString value);
 
-/* ----- Writers ----------------------------------------------------------------------------- */
+/* ----- Writers -------------------------------------------------------------------------------- */
 
 /**
  * Appends a new, empty child item.
@@ -199,7 +199,7 @@ kFx(kStatus) kXml_SetItemBool(kXml xml, kXmlItem item, kBool value);
 kFx(kStatus) kXml_SetItemSize(kXml xml, kXmlItem item, kSize value);
 kFx(kStatus) kXml_SetItemText(kXml xml, kXmlItem item, const kChar* text);
 
-/* ----- Attributes -------------------------------------------------------------------------- */
+/* ----- Attributes ----------------------------------------------------------------------------- */
 
 /** Reads an attribute as an unsigned 32-bit number (strict, as the typed readers). */
 kFx(kStatus) kXml_Attr32u(kXml xml, kXmlItem item, const kChar* name, k32u* value);
@@ -218,7 +218,7 @@ kFx(kStatus) kXml_SetAttrText(kXml xml, kXmlItem item, const kChar* name, const 
 /** Removes an attribute. @return kOK; kSTATUS_NOT_FOUND when it does not exist. */
 kFx(kStatus) kXml_DeleteAttr(kXml xml, kXmlItem item, const kChar* name);
 
-/* ----- Editing ----------------------------------------------------------------------------- */
+/* ----- Editing -------------------------------------------------------------------------------- */
 
 /** Removes an item's children, text and attributes; the item keeps its name. */
 kFx(kStatus) kXml_ClearItem(kXml xml, kXmlItem item);

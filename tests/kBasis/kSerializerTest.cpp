@@ -540,6 +540,11 @@ TEST(kSerializer, CraftedContentGivesTheDocumentedStatus)
     }
     {
         ktest::Payload p;
+        p.U8(0);
+        cases.push_back({"a null object where a file needs one", p, kSTATUS_BAD_FORMAT});
+    }
+    {
+        ktest::Payload p;
         p.U8(1).ObjectType(0, "kArray1", "kArray1-0").U32(0);
         cases.push_back({"object type used as an item type", p, kSTATUS_BAD_FORMAT});
     }
