@@ -1,7 +1,7 @@
 #include <kBasis/kDat5Serializer.h>
 #include <kBasis/kSerializer.x.h>
 
-kDefineClass(kDat5Serializer, kSerializer);
+kDefineClass(kDat5Serializer, kSerializer)
 
 struct kDat5SerializerClass
 {

@@ -1,7 +1,7 @@
 #include <kBasis/kDat6Serializer.h>
 #include <kBasis/kSerializer.x.h>
 
-kDefineClass(kDat6Serializer, kSerializer);
+kDefineClass(kDat6Serializer, kSerializer)
 
 struct kDat6SerializerClass
 {

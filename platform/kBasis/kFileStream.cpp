@@ -1,7 +1,7 @@
 #include <kBasis/kFileStream.h>
 #include <kBasis/kAssembly.h>
 
-kDefineClass(kFileStream, kStream);
+kDefineClass(kFileStream, kStream)
 
 struct kFileStreamClass
 {

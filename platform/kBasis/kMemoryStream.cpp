@@ -1,7 +1,7 @@
 #include <kBasis/kMemoryStream.h>
 #include <kBasis/kAssembly.h>
 
-kDefineClass(kMemoryStream, kStream);
+kDefineClass(kMemoryStream, kStream)
 
 struct kMemoryStreamClass
 {

@@ -11,8 +11,9 @@
 
 static_assert(std::endian::native == std::endian::little,
               "kdat streams are little-endian and items are copied as laid out in memory");
+static_assert(sizeof(kSize) == 8, "sizes and counts travel as 64 bits and are read back as kSize");
 
-kDefineClass(kSerializer, kObject);
+kDefineClass(kSerializer, kObject)
 
 namespace
 {
@@ -966,7 +967,6 @@ kFx(kStatus) kSerializer_ReadSize(kSerializer serializer, kSize* value)
     k64u v = 0;
     kCheckArgs(value);
     kCheck(TakeValue(serializer, &v));
-    if (v > kSIZE_MAX) return kSTATUS_BAD_FORMAT;
     *value = (kSize)v;
     return kOK;
 }

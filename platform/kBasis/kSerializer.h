@@ -133,7 +133,7 @@ kFx(kStatus) kSerializer_Read32f(kSerializer serializer, k32f* value);
 kFx(kStatus) kSerializer_Read64f(kSerializer serializer, k64f* value);
 /** Reads a boolean; kSTATUS_BAD_FORMAT for a byte other than 0 and 1. */
 kFx(kStatus) kSerializer_ReadBool(kSerializer serializer, kBool* value);
-/** Reads a 64-bit size; kSTATUS_BAD_FORMAT when it does not fit in kSize. */
+/** Reads a 64-bit size. */
 kFx(kStatus) kSerializer_ReadSize(kSerializer serializer, kSize* value);
 /**
  * Checks that the payload still holds count items of itemSize bytes each (1 if 0): use it

@@ -1,7 +1,7 @@
 #include <kBasis/kStream.h>
 #include <kBasis/kAssembly.h>
 
-kDefineClass(kStream, kObject);
+kDefineClass(kStream, kObject)
 
 namespace
 {

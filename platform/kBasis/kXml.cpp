@@ -13,7 +13,7 @@
 #include <string>
 #include <system_error>
 
-kDefineClass(kXml, kObject);
+kDefineClass(kXml, kObject)
 
 struct kXmlClass
 {

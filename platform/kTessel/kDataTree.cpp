@@ -3,7 +3,7 @@
 #include <cstring>
 #include <vector>
 
-kDefineClass(kDataTree, kObject);
+kDefineClass(kDataTree, kObject)
 
 struct kDataTreeClass;
 

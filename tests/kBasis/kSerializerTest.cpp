@@ -370,6 +370,7 @@ TEST(kSerializer, ObjectGraphsFilesAndVersionsRoundTrip)
     EXPECT_EQ(kLoad5(&back, v6.c_str(), alloc), kSTATUS_BAD_VERSION); // newer than version 5
     EXPECT_EQ(back, nullptr);
     EXPECT_EQ(kLoad6(&back, dir.File("missing.kdat6").c_str(), alloc), kSTATUS_NOT_FOUND);
+    EXPECT_EQ(kSave6(graph, dir.File("no/such/dir.kdat6").c_str()), kSTATUS_STREAM);
     kObject_Dispose(graph);
 }
 
@@ -748,7 +749,7 @@ struct kTestRecordClass
     kObject child;
     k32s extra; // only in version 1
 };
-kDefineClass(kTestRecord, kObject);
+kDefineClass(kTestRecord, kObject)
 
 /* A stream that cannot seek: a pipe over a memory stream. */
 typedef kStream kTestPipe;
@@ -758,7 +759,7 @@ struct kTestPipeClass
     kStreamClass base;
     kStream inner;
 };
-kDefineClass(kTestPipe, kStream);
+kDefineClass(kTestPipe, kStream)
 
 namespace
 {
@@ -1009,6 +1010,24 @@ TEST_F(kSerializerTypes, StreamsThatCannotSeekAreReadButNotWritten)
     kObject_Destroy(pipe);
     kObject_Destroy(memory);
     kObject_Destroy(record);
+}
+
+TEST_F(kSerializerTypes, TextsLongerThanTheReadersBufferAreAFormatError)
+{
+    ktest::TempDir dir;
+    for (size_t length : {31u, 32u})
+    {
+        ktest::Payload p;
+        p.U8(1).ObjectType(0, "kTestRecord", "kTestRecord-0");
+        p.U8(1).U8(2).Le(3, 2).Le(4, 2).U32(5).U32(6).U64(7).U64(8).U32(0).U64(0).U8(1).U64(9);
+        p.Text(std::string(length, 'n')).Text("label").U32(1).U8(2).Text("k8u").U32(1);
+        p.Raw(std::string(72, '\0').data(), 72).Raw("raw", 3).U8(0);
+        kObject back = kNULL;
+        kStatus status = LoadFile(dir, ktest::MakeDatFile(6, p.bytes), 6, &back);
+        EXPECT_EQ(status, length < 32 ? kOK : kSTATUS_BAD_FORMAT) << length; // 32 bytes of name
+        if (back) EXPECT_EQ(strlen(kCastRaw(kTestRecord, back)->name), length);
+        kObject_Destroy(back);
+    }
 }
 
 TEST_F(kSerializerTypes, TypesThatAreNoLongerRegisteredAreABadVersion)

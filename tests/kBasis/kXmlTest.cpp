@@ -508,6 +508,7 @@ TEST(kXml, FilesAndStreamsRoundTripAndBadDocumentsAreRefused)
     kObject_Destroy(loaded);
     kObject_Destroy(stream);
 
+    EXPECT_EQ(kXml_Save(doc, dir.File("no/such/dir.xml").c_str()), kSTATUS_STREAM);
     loaded = (kXml)1;
     EXPECT_EQ(kXml_Load(&loaded, dir.File("missing.xml").c_str(), alloc), kSTATUS_NOT_FOUND);
     EXPECT_EQ(loaded, nullptr);
