@@ -7,7 +7,7 @@
 
 kDefineClass(kFile, kObject)
 
-    namespace fs = std::filesystem;
+namespace fs = std::filesystem;
 
 /* Last transfer direction: stdio needs a seek between a read and a write of an update file. */
 enum LastOp : k32s
@@ -93,7 +93,7 @@ kFx(kStatus) kFile_Read(kFile file, void* buffer, kSize size)
     kCheckState(obj->stream && (obj->mode & kFILE_MODE_READ));
     kCheck(Switch(obj, kLAST_READ));
 
-    if (fread(buffer, 1, size, obj->stream) == size) return kOK;
+    if (size == 0 || fread(buffer, 1, size, obj->stream) == size) return kOK;
     return ferror(obj->stream) ? kSTATUS_STREAM : kSTATUS_INCOMPLETE;
 }
 
@@ -103,7 +103,7 @@ kFx(kStatus) kFile_Write(kFile file, const void* buffer, kSize size)
     kCheckArgs(buffer || size == 0);
     kCheckState(obj->stream && (obj->mode & kFILE_MODE_WRITE));
     kCheck(Switch(obj, kLAST_WRITE));
-    return fwrite(buffer, 1, size, obj->stream) == size ? kOK : kSTATUS_STREAM;
+    return size == 0 || fwrite(buffer, 1, size, obj->stream) == size ? kOK : kSTATUS_STREAM;
 }
 
 kFx(kStatus) kFile_Seek(kFile file, k64u offset)
@@ -171,7 +171,7 @@ kFx(kStatus) kFile_Save(const kChar* path, const void* data, kSize size)
     kCheckArgs(path && (data || size == 0));
     FILE* stream = fopen(path, "wb");
     kCheckTrue(stream, kSTATUS_STREAM);
-    bool written = fwrite(data, 1, size, stream) == size;
+    bool written = size == 0 || fwrite(data, 1, size, stream) == size;
     bool closed = fclose(stream) == 0;
     return written && closed ? kOK : kSTATUS_STREAM;
 }
@@ -195,7 +195,7 @@ kFx(kStatus) kFile_Load(const kChar* path, void* data, kSize* size, kAlloc alloc
         status = kSTATUS_STREAM;
     else if ((k64u)length > kSIZE_MAX)
         status = kSTATUS_MEMORY;
-    else if (kSuccess(status = kAlloc_Get(allocator, (kSize)length, &bytes)) &&
+    else if (kSuccess(status = kAlloc_Get(allocator, (kSize)length, &bytes)) && length > 0 &&
              fread(bytes, 1, (kSize)length, stream) != (kSize)length)
         status = kSTATUS_STREAM;
     fclose(stream);

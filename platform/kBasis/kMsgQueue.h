@@ -60,6 +60,7 @@ kFx(kStatus) kMsgQueue_Close(kMsgQueue queue);
 kFx(kSize) kMsgQueue_Count(kMsgQueue queue);
 /** Most items held at once; 0 for no limit. */
 kFx(kSize) kMsgQueue_Capacity(kMsgQueue queue);
+/** Bytes per item. */
 kFx(kSize) kMsgQueue_ItemSize(kMsgQueue queue);
 
 #endif

@@ -146,6 +146,7 @@ TEST(File, OpenFileReadsWritesSeeksAndCloses)
     char buffer[16] = {};
     EXPECT_EQ(kFile_Read(file, buffer, 1), kSTATUS_BAD_STATE); // write only
     ASSERT_EQ(kFile_Write(file, "0123456789", 10), kOK);
+    EXPECT_EQ(kFile_Write(file, kNULL, 0), kOK);
     EXPECT_EQ(kFile_Length(file), 10u); // unflushed bytes count
     EXPECT_EQ(kFile_Position(file), 10u);
     ASSERT_EQ(kFile_Seek(file, 14), kOK); // past the end: the gap reads as zeros
