@@ -31,11 +31,11 @@ using V = hn::Vec<D>;
 static_assert(sizeof(kS3dPhaseDecoderAccum) == 12, "three words per accumulator");
 
 /*
- * Words ahead of the current record at which the record stream is prefetched (1 KB): with a
+ * Words ahead of the current record at which the record stream is prefetched (2 KB): with a
  * frame's records far larger than the caches, the hardware prefetcher alone leaves the loop
  * waiting for memory.
  */
-constexpr size_t kPrefetchWords = 256;
+constexpr size_t kPrefetchWords = 512;
 
 /* Prefetches the two cache lines that a group of records reaches kPrefetchWords later. */
 HWY_INLINE void PrefetchRecords(const int32_t* words)
