@@ -20,6 +20,8 @@ namespace
 constexpr kSize kBufferSize = 64 * 1024;
 /* Blocks at least this long bypass the payload buffer. */
 constexpr kSize kDirectSize = kBufferSize / 2;
+/* Large blocks are stored and loaded in slices of this size, each summed while it is in cache. */
+constexpr kSize kChecksumSlice = 256 * 1024;
 constexpr kSize kFileHeaderSize = 16;
 constexpr kSize kFrameHeaderSize = 48;
 constexpr kByte kFileMagic[8] = {'k', 'D', 'A', 'T', 0x0D, 0x0A, 0x1A, 0x0A};
@@ -182,9 +184,17 @@ void CloseZ(kSerializerClass* obj)
 /* Stored bytes go to the stream under the checksum, so that any damage to a file shows. */
 kStatus Store(kSerializerClass* obj, const void* data, kSize size)
 {
-    ChecksumUpdate(&obj->checksum, data, size);
+    /* In slices that stay in cache between the checksum and the copy to the stream. */
+    const kByte* p = static_cast<const kByte*>(data);
+    for (kSize done = 0; done < size;)
+    {
+        kSize n = kMin_(size - done, kChecksumSlice);
+        ChecksumUpdate(&obj->checksum, p + done, n);
+        kCheck(kStream_Write(obj->stream, p + done, n));
+        done += n;
+    }
     obj->storedLength += size;
-    return kStream_Write(obj->stream, data, size);
+    return kOK;
 }
 
 /* Hands payload bytes to the stream, deflated or as they are. */
@@ -256,8 +266,15 @@ kStatus FinishDeflate(kSerializerClass* obj)
 /* Stored bytes from the stream, under the checksum. */
 kStatus Load(kSerializerClass* obj, void* data, kSize size)
 {
-    kCheck(kStream_Read(obj->stream, data, size));
-    ChecksumUpdate(&obj->checksum, data, size);
+    /* In slices that stay in cache between the copy from the stream and the checksum. */
+    kByte* p = static_cast<kByte*>(data);
+    for (kSize done = 0; done < size;)
+    {
+        kSize n = kMin_(size - done, kChecksumSlice);
+        kCheck(kStream_Read(obj->stream, p + done, n));
+        ChecksumUpdate(&obj->checksum, p + done, n);
+        done += n;
+    }
     obj->storedLeft -= size;
     return kOK;
 }
