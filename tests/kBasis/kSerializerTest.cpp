@@ -1025,7 +1025,10 @@ TEST_F(kSerializerTypes, TextsLongerThanTheReadersBufferAreAFormatError)
         kObject back = kNULL;
         kStatus status = LoadFile(dir, ktest::MakeDatFile(6, p.bytes), 6, &back);
         EXPECT_EQ(status, length < 32 ? kOK : kSTATUS_BAD_FORMAT) << length; // 32 bytes of name
-        if (back) EXPECT_EQ(strlen(kCastRaw(kTestRecord, back)->name), length);
+        if (back)
+        {
+            EXPECT_EQ(strlen(kCastRaw(kTestRecord, back)->name), length);
+        }
         kObject_Destroy(back);
     }
 }

@@ -60,7 +60,10 @@ void ExpectSameTree(kDataTree a, kDataTree b)
         ASSERT_EQ(kDataTreeItem_Type(p.x), kDataTreeItem_Type(p.y)) << name;
         ASSERT_EQ(kDataTree_ChildCount(a, p.x), kDataTree_ChildCount(b, p.y)) << name;
         kObject dx = kDataTree_ItemData(a, p.x), dy = kDataTree_ItemData(b, p.y);
-        if (dx) EXPECT_EQ(Frame(dx), Frame(dy)) << name;
+        if (dx)
+        {
+            EXPECT_EQ(Frame(dx), Frame(dy)) << name;
+        }
         for (kSize i = 0; i < kDataTree_ChildCount(a, p.x); ++i)
             todo.push_back({kDataTree_ChildAt(a, p.x, i), kDataTree_ChildAt(b, p.y, i)});
     }
