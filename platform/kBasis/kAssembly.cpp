@@ -1,4 +1,4 @@
-#include <kBasis/kAssembly.h>
+#include <kBasis/kAssemblyLib.h>
 #include <kBasis/kAlloc.h>
 #include <kBasis/kLog.h>
 #include <kBasis/kType.x.h>
@@ -337,4 +337,33 @@ kFx(void) xkAssembly_SetRegistrationFault(kSize n, kStatus status)
 {
     s_faultIndex = n;
     s_faultStatus = status;
+}
+
+kFx(kStatus) xkAssembly_ConstructLibrary(kAssembly* assembly, kAssembly* staticHandle, const kChar* name,
+                                         const kAssemblyConstructFx* dependencies, kSize dependencyCount,
+                                         kStatus (*addTypes)(kAssembly assembly))
+{
+    kCheckArgs(assembly && staticHandle && addTypes);
+    if (*staticHandle)
+    {
+        kCheck(kObject_Share(*staticHandle));
+        *assembly = *staticHandle;
+        return kOK;
+    }
+
+    kVersion version = 0;
+    kAssembly output = kNULL;
+    kStatus status;
+
+    kTest(kVersion_Parse(&version, "10.6.1.30"));
+    kTest(xkAssembly_ConstructInternal(&output, staticHandle, name, version, version));
+    for (kSize i = 0; i < dependencyCount; ++i) kTest(xkAssembly_AddDependency(output, dependencies[i]));
+    kTest(addTypes(output));
+    kTest(xkAssembly_Finalize(output));
+    *assembly = output;
+    return kOK;
+
+cleanup:
+    xkAssembly_VRelease(output);
+    return status;
 }

@@ -4,7 +4,7 @@
 #include <kBasis/kArray2.h>
 #include <kBasis/kArray3.h>
 #include <kBasis/kString.h>
-#include <kBasis/kAssembly.h>
+#include <kBasis/kAssemblyLib.h>
 #include <kBasis/kValue.h>
 #include <kBasis/kStream.h>
 #include <kBasis/kMemoryStream.h>
@@ -129,26 +129,7 @@ struct Boot
 
 kFx(kStatus) kBasisLib_Construct(kAssembly* assembly)
 {
-    if (xxkBasisLib_assembly)
-    {
-        kCheck(kObject_Share(xxkBasisLib_assembly));
-        *assembly = xxkBasisLib_assembly;
-        return kOK;
-    }
-
-    kVersion version = 0;
-    kAssembly output = kNULL;
-    kStatus status;
-
-    kTest(kVersion_Parse(&version, "10.6.1.30"));
-    kTest(xkAssembly_ConstructInternal(&output, &xxkBasisLib_assembly, "kBasis", version, version));
-    kTest(AddTypes(output));
-    kTest(xkAssembly_Finalize(output));
+    kCheck(xkAssembly_ConstructLibrary(assembly, &xxkBasisLib_assembly, "kBasis", kNULL, 0, AddTypes));
     xkAlloc_BindApp();
-    *assembly = output;
     return kOK;
-
-cleanup:
-    xkAssembly_VRelease(output);
-    return status;
 }

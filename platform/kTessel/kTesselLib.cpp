@@ -1,5 +1,6 @@
 /* The sensor-platform assembly: every type of the sensor-platform library, in registration order. */
 #include <kTessel/kTsApiDef.h>
+#include <kBasis/kAssemblyLib.h>
 #include <kTessel/kHealthStat.h>
 #include <kTessel/kPhasePixel.h>
 #include <kTessel/kSpot.h>
@@ -81,26 +82,7 @@ struct Boot
 
 kFx(kStatus) kTesselLib_Construct(kAssembly* assembly)
 {
-    if (xxkTesselLib_assembly)
-    {
-        kCheck(kObject_Share(xxkTesselLib_assembly));
-        *assembly = xxkTesselLib_assembly;
-        return kOK;
-    }
-
-    kVersion version = 0;
-    kAssembly output = kNULL;
-    kStatus status;
-
-    kTest(kVersion_Parse(&version, "10.6.1.30"));
-    kTest(xkAssembly_ConstructInternal(&output, &xxkTesselLib_assembly, "kTessel", version, version));
-    kTest(xkAssembly_AddDependency(output, kBasisLib_Construct));
-    kTest(AddTypes(output));
-    kTest(xkAssembly_Finalize(output));
-    *assembly = output;
-    return kOK;
-
-cleanup:
-    xkAssembly_VRelease(output);
-    return status;
+    static const kAssemblyConstructFx dependencies[] = {kBasisLib_Construct};
+    return xkAssembly_ConstructLibrary(assembly, &xxkTesselLib_assembly, "kTessel", dependencies,
+                                       kCountOf(dependencies), AddTypes);
 }
