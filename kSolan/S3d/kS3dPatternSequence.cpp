@@ -270,27 +270,10 @@ kFx(kStatus) kS3dPatternSequence_Render(kS3dPatternSequence sequence, kArray2* o
 {
     kObjR(kS3dPatternSequence, sequence);
     kCheckArgs(output);
-    kArray2 map = kNULL;
-    kStatus status;
-
-    kTest(kArray2_Construct(&map, kTypeOf(k8u), xkS3dPatternBlocks_ImageCount(obj->blocks),
-                            obj->width, kObject_Alloc(obj)));
     xkS3dPatternSequence_UpdateProfile(obj);
-    {
-        k8u* rows = kArray2_DataT<k8u>(map);
-        for (kSize i = 0; i < kArrayList_Count(obj->blocks); ++i)
-        {
-            const kS3dPatternBlock* block =
-                static_cast<const kS3dPatternBlock*>(kArrayList_At(obj->blocks, i));
-            kTest(xkS3dPatternSequence_RenderBlock(obj, *block, rows));
-            rows += block->count * obj->width;
-        }
-    }
-    *output = map;
-    return kOK;
-cleanup:
-    kObject_Dispose(map);
-    return status;
+    auto renderBlock = [obj](const kS3dPatternBlock& block, k8u* rows)
+    { return xkS3dPatternSequence_RenderBlock(obj, block, rows); };
+    return xkS3dPatternBlocks_Render(obj->blocks, obj->width, kObject_Alloc(obj), renderBlock, output);
 }
 
 kFx(kSize) kS3dPatternSequence_Width(kS3dPatternSequence sequence)

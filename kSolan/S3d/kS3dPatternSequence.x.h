@@ -21,6 +21,37 @@ kStatus xkS3dPatternBlocks_SetupPhases(kArrayList blocks, const k64f* periods, c
 kSize xkS3dPatternBlocks_ImageCount(kArrayList blocks);
 
 /**
+ * Renders a block list into a new k8u map (image count × width rows), block after block:
+ * renderBlock(block, rows) writes block.count rows starting at rows.
+ */
+template <typename RenderBlock>
+kStatus xkS3dPatternBlocks_Render(kArrayList blocks, kSize width, kAlloc alloc,
+                                  const RenderBlock& renderBlock, kArray2* output)
+{
+    kCheckArgs(output);
+    kArray2 map = kNULL;
+    kStatus status;
+
+    kTest(kArray2_Construct(&map, kTypeOf(k8u), xkS3dPatternBlocks_ImageCount(blocks), width,
+                            alloc));
+    {
+        k8u* rows = kArray2_DataT<k8u>(map);
+        for (kSize i = 0; i < kArrayList_Count(blocks); ++i)
+        {
+            const kS3dPatternBlock* block =
+                static_cast<const kS3dPatternBlock*>(kArrayList_At(blocks, i));
+            kTest(renderBlock(*block, rows));
+            rows += block->count * width;
+        }
+    }
+    *output = map;
+    return kOK;
+cleanup:
+    kObject_Dispose(map);
+    return status;
+}
+
+/**
  * Shift trim of a phase block: (2π / count) / 3 for count ≤ 3, else 0. Short blocks shift by
  * less than 2π / count on purpose: 3-frame blocks step by 16π/27, not 2π/3.
  */

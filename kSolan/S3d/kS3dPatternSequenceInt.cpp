@@ -174,26 +174,9 @@ kFx(kStatus) kS3dPatternSequenceInt_Render(kS3dPatternSequenceInt sequence, kArr
 {
     kObjR(kS3dPatternSequenceInt, sequence);
     kCheckArgs(output);
-    kArray2 map = kNULL;
-    kStatus status;
-
-    kTest(kArray2_Construct(&map, kTypeOf(k8u), xkS3dPatternBlocks_ImageCount(obj->blocks),
-                            obj->width, kObject_Alloc(obj)));
-    {
-        k8u* rows = kArray2_DataT<k8u>(map);
-        for (kSize i = 0; i < kArrayList_Count(obj->blocks); ++i)
-        {
-            const kS3dPatternBlock* block =
-                static_cast<const kS3dPatternBlock*>(kArrayList_At(obj->blocks, i));
-            kTest(xkS3dPatternSequenceInt_RenderBlock(obj, *block, rows));
-            rows += block->count * obj->width;
-        }
-    }
-    *output = map;
-    return kOK;
-cleanup:
-    kObject_Dispose(map);
-    return status;
+    auto renderBlock = [obj](const kS3dPatternBlock& block, k8u* rows)
+    { return xkS3dPatternSequenceInt_RenderBlock(obj, block, rows); };
+    return xkS3dPatternBlocks_Render(obj->blocks, obj->width, kObject_Alloc(obj), renderBlock, output);
 }
 
 kFx(kSize) kS3dPatternSequenceInt_Width(kS3dPatternSequenceInt sequence)
