@@ -273,7 +273,8 @@ kFx(kStatus) kS3dPatternSequence_Render(kS3dPatternSequence sequence, kArray2* o
     xkS3dPatternSequence_UpdateProfile(obj);
     auto renderBlock = [obj](const kS3dPatternBlock& block, k8u* rows)
     { return xkS3dPatternSequence_RenderBlock(obj, block, rows); };
-    return xkS3dPatternBlocks_Render(obj->blocks, obj->width, kObject_Alloc(obj), renderBlock, output);
+    return xkS3dPatternBlocks_Render(obj->blocks, obj->width, kObject_Alloc(obj), renderBlock,
+                                     output);
 }
 
 kFx(kSize) kS3dPatternSequence_Width(kS3dPatternSequence sequence)

@@ -176,7 +176,8 @@ kFx(kStatus) kS3dPatternSequenceInt_Render(kS3dPatternSequenceInt sequence, kArr
     kCheckArgs(output);
     auto renderBlock = [obj](const kS3dPatternBlock& block, k8u* rows)
     { return xkS3dPatternSequenceInt_RenderBlock(obj, block, rows); };
-    return xkS3dPatternBlocks_Render(obj->blocks, obj->width, kObject_Alloc(obj), renderBlock, output);
+    return xkS3dPatternBlocks_Render(obj->blocks, obj->width, kObject_Alloc(obj), renderBlock,
+                                     output);
 }
 
 kFx(kSize) kS3dPatternSequenceInt_Width(kS3dPatternSequenceInt sequence)
