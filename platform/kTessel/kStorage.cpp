@@ -99,8 +99,7 @@ kStatus Store(kStorageClass* obj, const kChar* name, const void* data, kSize siz
         kCheck(kPath_Directory(path, parent, sizeof(parent)));
         std::error_code ec;
         std::filesystem::create_directories(parent, ec);
-        /* An empty file still needs a valid address for the file layer. */
-        return kFile_Save(path, size ? data : "", size);
+        return kFile_Save(path, data, size);
     }
 
     Entry* existing = Find(obj, name);
