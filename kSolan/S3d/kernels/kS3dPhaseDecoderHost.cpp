@@ -185,16 +185,15 @@ void Add(kS3dPhaseDecoderAccum* accum, const k8u* pixels, size_t count, k32s sin
  * Exact quotient n / den for 0 <= n < 2^31, 1 <= den < 2^15, integer only: q0 = (n × r) >> 32
  * with r = floor(2^32 / den) from a table is q or q − 1; one remainder test corrects it.
  */
-HWY_INLINE V Divide(D d, V n, V den, const k32u* HWY_RESTRICT reciprocals)
+HWY_INLINE V Divide(D d, V n, V den, hn::Vec<hn::RebindToUnsigned<D>> r)
 {
 #if HWY_TARGET == HWY_SCALAR
     // One lane and no 64-bit repartition: the plain division is the same integer.
-    (void)reciprocals;
+    (void)r;
     return hn::Set(d, hn::GetLane(n) / hn::GetLane(den));
 #else
     const hn::RebindToUnsigned<D> du;
     const hn::Repartition<uint64_t, D> d64;
-    const auto r = hn::GatherIndex(du, reciprocals, den);
     const auto nu = hn::BitCast(du, n);
     const auto even = hn::MulEven(nu, r);
     const auto odd = hn::MulEven(hn::BitCast(du, hn::ShiftRight<32>(hn::BitCast(d64, nu))),
@@ -214,17 +213,20 @@ HWY_INLINE V Divide(D d, V n, V den, const k32u* HWY_RESTRICT reciprocals)
  *    table arctangent to an index quotient and a final offset ± t;
  * 2. the quotient (first table read);
  * 3. the arctangent (second table read) and the output pixel.
+ * The table reads are plain loads in a loop of their own: the vector gathers of the x86 targets
+ * were no faster than loads there, and the Arm targets have none.
  * The exact arctangent shares pass 1 and then rounds atan2 per pixel.
  */
 constexpr size_t kChunk = 256;
 
 struct Staged
 {
-    HWY_ALIGN int32_t head[kChunk];   // contrast | intensity << 8; negative: phase invalid
-    HWY_ALIGN int32_t first[kChunk];  // exact: sine sum; table: numerator, then the index
-    HWY_ALIGN int32_t second[kChunk]; // exact: cosine sum; table: denominator
-    HWY_ALIGN int32_t offset[kChunk]; // table: phase = offset ± t
-    HWY_ALIGN int32_t negate[kChunk]; // table: all ones where t is subtracted
+    HWY_ALIGN int32_t head[kChunk];        // contrast | intensity << 8; negative: phase invalid
+    HWY_ALIGN int32_t first[kChunk];       // exact: sine sum; table: numerator, then the index
+    HWY_ALIGN int32_t second[kChunk];      // exact: cosine sum; table: denominator
+    HWY_ALIGN int32_t offset[kChunk];      // table: phase = offset ± t
+    HWY_ALIGN int32_t negate[kChunk];      // table: all ones where t is subtracted
+    HWY_ALIGN uint32_t reciprocal[kChunk]; // table: floor(2^32 / denominator)
 };
 
 struct LastFrame
@@ -294,15 +296,19 @@ HWY_INLINE void StageTable(const kS3dPhaseDecoderOutputParams* params,
     const D d;
     const V limit = hn::Set(d, 65536), period = hn::Set(d, params->period);
     const V zero = hn::Zero(d), lowHalf = hn::Set(d, 0xFFFF), null = hn::Set(d, k16S_NULL);
+    for (size_t i = 0; i < count; ++i)
+        staged.reciprocal[i] = reciprocals[staged.second[i]];
     for (size_t i = 0; i < count; i += hn::Lanes(d))
     {
-        const V k =
-            Divide(d, hn::Load(d, staged.first + i), hn::Load(d, staged.second + i), reciprocals);
+        const V k = Divide(d, hn::Load(d, staged.first + i), hn::Load(d, staged.second + i),
+                           hn::Load(hn::RebindToUnsigned<D>(), staged.reciprocal + i));
         hn::Store(hn::Min(k, limit), d, staged.first + i);
     }
+    for (size_t i = 0; i < count; ++i)
+        staged.first[i] = params->arctan[staged.first[i]];
     for (size_t i = 0; i < count; i += hn::Lanes(d))
     {
-        const V t = hn::GatherIndex(d, params->arctan, hn::Load(d, staged.first + i));
+        const V t = hn::Load(d, staged.first + i);
         const V offset = hn::Load(d, staged.offset + i);
         const auto negate = hn::MaskFromVec(hn::Load(d, staged.negate + i));
         V phase = hn::IfThenElse(negate, hn::Sub(offset, t), hn::Add(offset, t));
