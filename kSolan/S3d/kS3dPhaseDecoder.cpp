@@ -449,6 +449,7 @@ kFx(kStatus) kS3dPhaseMap_Plot(kArray2 phaseMap, kPlot* plot, kAlloc allocator)
     kTest(kPlot_Add(output, "Phase", image));
     image = kNULL;
     kTest(kPlot_SetWorld(output, 0, 0, width, -height));
+    kTest(kPlot_SetTitle(output, "Phase Map Plot"));
     *plot = output;
     return kOK;
 cleanup:

@@ -132,7 +132,8 @@ kFx(kStatus) kS3dPhaseMap_Intensity(kArray2 phaseMap, kArray2* intensity, kAlloc
 /**
  * Plot of a phase map: three images of its shape (width = columns, height = rows), in this
  * order "Contrast" (`k8u`), "Intensity" (`k8u`) and "Phase" (`k16s`, the raw phase including
- * k16S_NULL), in a world from (0, 0) over the width and down the height.
+ * k16S_NULL), in a world from (0, 0) over the width and down the height, titled
+ * "Phase Map Plot".
  *
  * @param phaseMap   `kArray2` of `kPhasePixel`.
  * @param plot       Receives a new plot (the caller owns it); untouched on failure.

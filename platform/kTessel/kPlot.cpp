@@ -18,6 +18,7 @@ struct kPlotClass
     kObjectClass base;
     kMemory entries; // Entry records, in order of addition
     k64f world[4];   // x0, y0, x1, y1
+    kChar title[xkPLOT_NAME_CAPACITY];
 };
 
 kDefineClass(kPlot, kObject);
@@ -47,6 +48,7 @@ static kStatus xkPlot_VInitClone(kObject plot, kObject source, kAlloc allocator)
 
     kCheck(kObject_Init(plot, kTypeOf(kPlot), allocator));
     kMemCopy(obj->world, src->world, sizeof(obj->world));
+    kMemCopy(obj->title, src->title, sizeof(obj->title));
     kTest(kMemory_Construct(&obj->entries, allocator));
     for (kSize i = 0; i < kPlot_Count(source); ++i)
     {
@@ -125,6 +127,20 @@ kFx(kStatus) kPlot_World(kPlot plot, k64f* x0, k64f* y0, k64f* x1, k64f* y1)
     for (kSize i = 0; i < 4; ++i)
         if (outputs[i]) *outputs[i] = obj->world[i];
     return kOK;
+}
+
+kFx(kStatus) kPlot_SetTitle(kPlot plot, const kChar* title)
+{
+    kObjR(kPlot, plot);
+    memset(obj->title, 0, sizeof(obj->title));
+    if (title) strncpy(obj->title, title, sizeof(obj->title) - 1);
+    return kOK;
+}
+
+kFx(const kChar*) kPlot_Title(kPlot plot)
+{
+    kObjN(kPlot, obj, plot);
+    return obj ? obj->title : kNULL;
 }
 
 kFx(kSize) kPlot_Count(kPlot plot)

@@ -14,7 +14,7 @@
 typedef kObject kPlot;
 kDeclareClass(kPlot, kObject);
 
-/** Constructs an empty plot whose world is the unit square (0, 0) … (1, 1). */
+/** Constructs an empty, untitled plot whose world is the unit square (0, 0) … (1, 1). */
 kFx(kStatus) kPlot_Construct(kPlot* plot, kAlloc allocator);
 
 /**
@@ -35,6 +35,15 @@ kFx(kStatus) kPlot_SetWorld(kPlot plot, k64f x0, k64f y0, k64f x1, k64f y1);
 
 /** The world corners (any output may be null). */
 kFx(kStatus) kPlot_World(kPlot plot, k64f* x0, k64f* y0, k64f* x1, k64f* y1);
+
+/**
+ * Sets the title shown above the plot (copied; at most 63 characters are kept, longer titles
+ * are cut). A null title clears it.
+ */
+kFx(kStatus) kPlot_SetTitle(kPlot plot, const kChar* title);
+
+/** The title (borrowed; empty when none was set), or null for a null plot. */
+kFx(const kChar*) kPlot_Title(kPlot plot);
 
 kFx(kSize) kPlot_Count(kPlot plot);
 /** Name of item index (borrowed), or null. */

@@ -519,6 +519,7 @@ TEST_F(PhaseDecoder, PlotShowsEveryFieldOfTheMap)
     kPlot plot = kNULL;
     ASSERT_EQ(kS3dPhaseMap_Plot(phase, &plot, alloc), kOK);
     ASSERT_EQ(kPlot_Count(plot), 3u);
+    EXPECT_STREQ(kPlot_Title(plot), "Phase Map Plot");
     const char* names[] = {"Contrast", "Intensity", "Phase"};
     const kType types[] = {kTypeOf(k8u), kTypeOf(k8u), kTypeOf(k16s)};
     for (kSize n = 0; n < 3; ++n)
