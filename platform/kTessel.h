@@ -13,6 +13,7 @@
 #include <kTessel/kStamp.h>
 #include <kTessel/kMsg.h>
 #include <kTessel/kProfileMsg.h>
+#include <kTessel/kHealthMsg.h>
 #include <kTessel/kPxPipeline.h>
 #include <kTessel/kSettings.h>
 #include <kTessel/kPlot.h>

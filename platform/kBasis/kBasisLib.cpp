@@ -82,6 +82,7 @@ kStatus AddTypes(kAssembly assembly)
     kAddType(kRect3d64f);
     kAddType(kRotatedRect32s);
     kAddType(kRotatedRect32f);
+    kAddType(kText32);
 
     /* Containers and text. */
     kAddType(kArray1);

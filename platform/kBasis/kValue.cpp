@@ -2,6 +2,7 @@
 #include <kBasis/kAssembly.h>
 #include <kBasis/kType.x.h>
 
+#include <cstring>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -80,6 +81,26 @@ kDefineStruct(kRotatedRect32s, k32s, kF(kRotatedRect32s, xc), kF(kRotatedRect32s
               kF(kRotatedRect32s, width), kF(kRotatedRect32s, height), kF(kRotatedRect32s, angle))
 kDefineStruct(kRotatedRect32f, k32f, kF(kRotatedRect32f, xc), kF(kRotatedRect32f, yc),
               kF(kRotatedRect32f, width), kF(kRotatedRect32f, height), kF(kRotatedRect32f, angle))
+
+kDefineValue(kText32, kValue)
+
+kFx(kStatus) xxkText32_Register(kAssembly assembly, const kChar* name)
+{
+    kCheck(kAddValue(kText32, kValue));
+    return xkType_AddField(kTypeOf(kText32), kTypeOf(kChar), "kChar", sizeof(kChar),
+                           offsetof(kText32, chars), sizeof(((kText32*)0)->chars), "chars");
+}
+
+kFx(kStatus) kText32_Set(kText32* text, const kChar* source, kSize length)
+{
+    kCheckArgs(text && source);
+    kSize n = 0;
+    while (n < length && n < sizeof(text->chars) - 1 && source[n] != '\0')
+        ++n;
+    memset(text->chars, 0, sizeof(text->chars));
+    memcpy(text->chars, source, n);
+    return kOK;
+}
 
 kFx(kType) kBytes_GetType(kSize size)
 {

@@ -117,6 +117,27 @@ kDeclareValue(kRotatedRect32s);
 kDeclareValue(kRotatedRect32f);
 
 /**
+ * Fixed text of up to 31 characters, NUL-terminated, in 32 bytes: a value type, so that lists
+ * and arrays of names hold their texts inline. Bytes after the terminator are zero when the text
+ * is set with kText32_Set.
+ */
+typedef struct kText32
+{
+    kChar chars[32];
+} kText32;
+
+kDeclareValue(kText32);
+
+/**
+ * Sets text from the first length bytes of source (fewer when source ends earlier). Texts of
+ * more than 31 bytes are truncated to their first 31: the rule is by byte, so a multi-byte
+ * character may be cut. The rest of the 32 bytes is zero-filled.
+ *
+ * @return kOK; kSTATUS_BAD_PARAMETER for a null argument.
+ */
+kFx(kStatus) kText32_Set(kText32* text, const kChar* source, kSize length);
+
+/**
  * Type of an opaque item of `size` bytes, copied byte for byte. The same size always gives
  * the same handle. Types are created on first use and live for the whole process.
  */

@@ -9,6 +9,7 @@
 #include <kTessel/kCudaStream.h>
 #include <kTessel/kMsg.h>
 #include <kTessel/kProfileMsg.h>
+#include <kTessel/kHealthMsg.h>
 #include <kTessel/kPxPipeline.h>
 #include <kTessel/kAxAction.h>
 #include <kTessel/kCameraPhaseDecoder.h>
@@ -39,6 +40,7 @@ kStatus AddTypes(kAssembly assembly)
     /* Pipeline: messages, ports, blocks and the pipeline that runs them. */
     kAddType(kMsg);
     kAddType(kProfileMsg);
+    kAddType(kHealthMsg);
     kAddType(kPxPort);
     kAddType(kPxBlock);
     kAddType(kPxSink);
