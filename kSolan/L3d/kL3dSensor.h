@@ -78,8 +78,8 @@ kFx(kStatus) kL3dSensor_ClearFiles(kStorage storage, const kChar* directory);
 
 /**
  * Name of the acquisition point of a camera in a sensor state, "Camera %u/State %u"
- * ("Camera 0/State 2"): a relative path that serves as an XML path, a storage directory and a
- * local directory alike.
+ * ("Camera 0/State 2"): the relative directory, on a storage or locally, of the files recorded
+ * at that point. (The blanks make it unfit as an XML element name.)
  *
  * @return kOK; kSTATUS_BAD_PARAMETER when the name does not fit in capacity (name then holds
  *         the truncated text).
