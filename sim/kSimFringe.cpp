@@ -1,5 +1,8 @@
 #include "kSimFringe.h"
 
+#include <kSolan/S3d/kS3dEncodingMath.h>
+#include <kSolan/S3d/kS3dPatternSequence.h>
+
 #include <algorithm>
 #include <cmath>
 
@@ -230,6 +233,49 @@ double StripeEdgeDistance(const Truth& truth, kSize index, double period)
     double f = u / period - std::floor(u / period);
     double columns = std::min(f, 1.0 - f) * period;
     return columns / truth.columnRate[index];
+}
+
+k32s FringeOrder(double column, double period, kSize projectorWidth)
+{
+    if (column < 0 || column >= (double)projectorWidth) return -1;
+    return (k32s)std::floor(column / period);
+}
+
+EmbeddedPhaseScan RenderEmbeddedPhase(FringeCamera& camera, const std::vector<double>& coefficients,
+                                      const std::vector<kSize>& stepCounts, kSize projectorWidth,
+                                      double phasePeriod)
+{
+    EmbeddedPhaseScan scan;
+    const kSize n = coefficients.size();
+    scan.periods.resize(n);
+    scan.patternPeriods.resize(n);
+    if (n == 0 || stepCounts.size() != n ||
+        !kSuccess(kS3dEncodingMath_EmbeddedPhasePeriods(coefficients.data(), n,
+                                                        scan.periods.data(), n)) ||
+        !kSuccess(kS3dEncodingMath_PatternPhasePeriods(scan.periods.data(), n,
+                                                       scan.patternPeriods.data(), n)))
+        return scan;
+
+    kS3dPatternSequence sequence = kNULL;
+    kArray2 rows = kNULL;
+    if (kSuccess(kS3dPatternSequence_Construct(&sequence, projectorWidth, kNULL)) &&
+        kSuccess(kS3dPatternSequence_SetupEmbeddedPhase(sequence, scan.patternPeriods.data(),
+                                                        stepCounts.data(), n)) &&
+        kSuccess(kS3dPatternSequence_Render(sequence, &rows)))
+    {
+        scan.frames = camera.RenderAll(kArray2_DataT<k8u>(rows), kArray2_Length(rows, 0),
+                                       projectorWidth);
+    }
+    kObject_Destroy(rows);
+    kObject_Destroy(sequence);
+
+    const std::vector<double>& column = camera.GroundTruth().column;
+    for (double u : column)
+    {
+        scan.order.push_back(FringeOrder(u, scan.periods[0], projectorWidth));
+        scan.phase.push_back(ExpectedPhase(u, scan.periods[0], phasePeriod));
+    }
+    return scan;
 }
 
 std::vector<k8u> PhaseShiftRow(kSize projectorWidth, double period, kSize index, kSize count,

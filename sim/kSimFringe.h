@@ -134,6 +134,38 @@ double WrappedPhaseError(double decoded, double expected, double phasePeriod);
  */
 double StripeEdgeDistance(const Truth& truth, kSize index, double period);
 
+/** Fringe order of frequency 0 for column u: floor(u / period), or −1 off the projector. */
+k32s FringeOrder(double column, double period, kSize projectorWidth);
+
+/**
+ * An embedded-phase (multi-frequency) scan of a scene, as kS3dEmbeddedPhaseDecoder takes it.
+ * The projector patterns come from the library: kS3dPatternSequence_SetupEmbeddedPhase with
+ * the pattern periods of kS3dEncodingMath_PatternPhasePeriods of the cumulative periods of the
+ * coefficients (intensity 1, flat uniformity), rendered and imaged frame by frame.
+ */
+struct EmbeddedPhaseScan
+{
+    std::vector<std::vector<k8u>> frames; ///< One camera frame per projected row, in order.
+    std::vector<double> periods;          ///< Cumulative periods C_i, projector columns.
+    std::vector<double> patternPeriods;   ///< Projected periods Q_i.
+    std::vector<k32s> order;   ///< Per pixel: true fringe order of frequency 0, FringeOrder.
+    std::vector<double> phase; ///< Per pixel: ExpectedPhase(u, C_0, phasePeriod), unrounded.
+};
+
+/**
+ * Renders an embedded-phase sequence through the camera.
+ *
+ * @param camera          The scene (each call draws fresh noise).
+ * @param coefficients    Period coefficients (7, 7, 14: cumulative periods 7, 49, 686).
+ * @param stepCounts      Phase steps per frequency.
+ * @param projectorWidth  Projector columns.
+ * @param phasePeriod     P of the expected phase.
+ * @return The scan; empty frames when the library refuses the sequence.
+ */
+EmbeddedPhaseScan RenderEmbeddedPhase(FringeCamera& camera, const std::vector<double>& coefficients,
+                                      const std::vector<kSize>& stepCounts, kSize projectorWidth,
+                                      double phasePeriod);
+
 /**
  * Ideal phase-shifted fringe row: level(c) = round(offset + amplitude · cos(2π (c + 0.5) / period
  * + 2π index / count)), clamped to 0 … 255; the same form as a pattern sequence's phase frames
