@@ -1,0 +1,68 @@
+/*
+ * Private to the phase median and phase outlier filters: the map checks of their Run and the
+ * batches their passes run in.
+ *
+ * A pass over count lines (rows or columns) runs in batches of (count div workers) + 1 lines,
+ * so that there are at most as many batches as workers; without a job queue the batches run
+ * inline, in order, on the caller's thread. Batches only read shared copies and write lines of
+ * their own, so the result does not depend on the number of workers.
+ */
+#ifndef K_S3D_PHASE_FILTER_X_H
+#define K_S3D_PHASE_FILTER_X_H
+
+#include <kSolan/Vs/kVsJobQueue.h>
+
+/** Lines [begin, end) of one batch. */
+struct xkS3dLineRange
+{
+    kSize begin;
+    kSize end;
+};
+
+/** Lines per batch for a pass over count lines on queue (null: one batch). */
+inline kSize xkS3dPhaseFilter_BatchSize(kVsJobQueue queue, kSize count)
+{
+    kSize workers = queue ? kVsJobQueue_ThreadCount(queue) : 1;
+    return count / kMax_(workers, (kSize)1) + 1;
+}
+
+/** Lines of batch index; empty past the last batch. */
+inline xkS3dLineRange xkS3dPhaseFilter_Batch(kSize batchSize, kSize count, kSize index)
+{
+    kSize begin = kMin_(index * batchSize, count);
+    return {begin, kMin_(begin + batchSize, count)};
+}
+
+/**
+ * Runs job(context, i) for every batch i of a pass over count lines.
+ *
+ * @return kOK; else the first failure of a batch.
+ */
+inline kStatus xkS3dPhaseFilter_RunBatches(kVsJobQueue queue, kVsJobFx job, kPointer context,
+                                           kSize count, kSize batchSize)
+{
+    kSize batches = (count + batchSize - 1) / batchSize;
+    if (queue) return kVsJobQueue_RunIndexedBatch(queue, job, context, batches);
+
+    for (kSize i = 0; i < batches; ++i)
+        kCheck(job(context, i));
+    return kOK;
+}
+
+/** True for a host-readable kArray2 of itemType; rows and columns receive its shape. */
+inline kBool xkS3dPhaseFilter_IsMap(kArray2 map, kType itemType, kSize* rows, kSize* columns)
+{
+    if (!kObject_Is(map, kTypeOf(kArray2)) || kArray2_ItemType(map) != itemType) return kFALSE;
+    *rows = kArray2_Length(map, 0);
+    *columns = kArray2_Length(map, 1);
+    return kArray2_Count(map) == 0 || kArray2_At(map, 0, 0) != kNULL;
+}
+
+/** True for a host-readable kArray2 of itemType with rows × columns items. */
+inline kBool xkS3dPhaseFilter_IsMapOfShape(kArray2 map, kType itemType, kSize rows, kSize columns)
+{
+    kSize r = 0, c = 0;
+    return xkS3dPhaseFilter_IsMap(map, itemType, &r, &c) && r == rows && c == columns;
+}
+
+#endif
