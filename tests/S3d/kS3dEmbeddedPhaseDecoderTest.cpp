@@ -791,3 +791,134 @@ TEST_F(EmbeddedPhase, AllocationFailureAtEveryStepLeavesNothingBehind)
         kObject_Dispose(states);
     }
 }
+
+TEST_F(EmbeddedPhase, IntegerProductsAreExactForEveryRunLength)
+{
+    std::mt19937 random(3);
+    for (kSize count : {0u, 1u, 7u, 16u, 33u, 1000u})
+    {
+        std::vector<k8u> pixels(count);
+        for (k8u& p : pixels)
+            p = (k8u)random();
+        std::vector<k32s> pairs(2 * count + 2, 12345), expected(2 * count + 2, 12345);
+        const k32s a = -419430, b = 398893;
+        kS3dEmbeddedPhaseDecoderInt_MatrixMul_32s_8u(pairs.data(), pixels.data(), count, a, b,
+                                                     kTRUE);
+        kS3dEmbeddedPhaseDecoderInt_MatrixMul_32s_8u(pairs.data(), pixels.data(), count, b, a,
+                                                     kFALSE);
+        for (kSize i = 0; i < count; ++i)
+        {
+            expected[2 * i] = (k32s)((k64s)pixels[i] * a + (k64s)pixels[i] * b);
+            expected[2 * i + 1] = expected[2 * i];
+        }
+        EXPECT_EQ(pairs, expected) << count << " pixels; the guard pair stays";
+    }
+}
+
+TEST_F(EmbeddedPhase, IntegerDecoderAgreesWithTheFloatDecoder)
+{
+    const double P = 4096;
+    for (int orientation : {0, 3})
+    {
+        ksim::FringeCamera camera(OrientedScene(orientation));
+        const ksim::EmbeddedPhaseScan scan =
+            ksim::RenderEmbeddedPhase(camera, {7, 7, 14}, {5, 5, 5}, 686, P);
+        std::vector<k8u> codes, intCodes;
+        std::vector<kPhasePixel> phases, intPhases;
+        Decoder<> real(camera.Width(), camera.Height(), {7, 7, 14}, {5, 5, 5});
+        Decoder<true> fixed(camera.Width(), camera.Height(), {7, 7, 14}, {5, 5, 5});
+        ASSERT_EQ(kS3dEmbeddedPhaseDecoder_SetOrientation(real, orientation), kOK);
+        ASSERT_EQ(kS3dEmbeddedPhaseDecoderInt_SetOrientation(fixed, orientation), kOK);
+        ASSERT_EQ(kS3dEmbeddedPhaseDecoder_SetPhasePeriod(real, (kSize)P), kOK);
+        ASSERT_EQ(kS3dEmbeddedPhaseDecoderInt_SetPhasePeriod(fixed, (kSize)P), kOK);
+        ASSERT_EQ(real.Decode(scan.frames, codes, phases), kOK);
+        ASSERT_EQ(fixed.Decode(scan.frames, intCodes, intPhases), kOK);
+
+        kSize sameCode = 0, worstPhase = 0;
+        for (kSize p = 0; p < codes.size(); ++p)
+        {
+            sameCode += codes[p] == intCodes[p];
+            EXPECT_EQ(phases[p].contrast, intPhases[p].contrast);
+            EXPECT_EQ(phases[p].intensity, intPhases[p].intensity);
+            if (phases[p].phase == k16S_NULL || intPhases[p].phase == k16S_NULL)
+            {
+                EXPECT_EQ(phases[p].phase, intPhases[p].phase) << p;
+                continue;
+            }
+            const double e =
+                std::fabs(ksim::WrappedPhaseError(phases[p].phase, intPhases[p].phase, P));
+            worstPhase = std::max(worstPhase, (kSize)e);
+        }
+        const Figures f = Measure(camera, scan, intCodes, intPhases, P);
+        std::printf("[ figures  ] integer, orientation %d: same code %.5f, worst phase step %zu "
+                    "of %.0f, order right %.4f, column RMS %.4f\n",
+                    orientation, (double)sameCode / codes.size(), worstPhase, P, f.orderRate,
+                    f.columnRms);
+        EXPECT_GE((double)sameCode / codes.size(), 0.999);
+        EXPECT_LE(worstPhase, 2u) << "in 1/4096 of a period";
+        EXPECT_GE(f.orderRate, 0.99);
+        EXPECT_LT(f.columnRms, 0.05);
+    }
+}
+
+TEST_F(EmbeddedPhase, IntegerDecoderRefusalsStatesAndAllocationFailure)
+{
+    const kSize w = 12, h = 5;
+    std::vector<std::vector<double>> phi(2, std::vector<double>(w * h));
+    for (kSize p = 0; p < w * h; ++p)
+    {
+        phi[0][p] = std::fmod(0.29 * p, 1.0);
+        phi[1][p] = phi[0][p] + 0.4;
+    }
+    const Frames frames = PhaseFrames(phi, {4, 6});
+    Decoder<true> decoder(w, h, {7, 98}, {4, 6});
+    kArrayList states = kNULL;
+    ASSERT_EQ(kArrayList_Construct(&states, kTypeOf(kArray1), 0, kNULL), kOK);
+    EXPECT_EQ(kS3dEmbeddedPhaseDecoderInt_SetPhaseArrayStates(decoder, 2, states),
+              kSTATUS_NOT_IMPLEMENTED);
+    ASSERT_EQ(kS3dEmbeddedPhaseDecoderInt_SetPhaseArrayStates(decoder, 0, states), kOK);
+    std::vector<k8u> codes;
+    std::vector<kPhasePixel> phases;
+    ASSERT_EQ(decoder.Decode(frames, codes, phases), kOK);
+    ASSERT_EQ(kArrayList_Count(states), 4u);
+    kArray2 wrapped = *kArray1_AtT<kArray2>(*kArrayList_AtT<kArray1>(states, 0), 0);
+    ASSERT_EQ(kArray2_ItemType(wrapped), kTypeOf(k32s));
+    for (kSize p = 0; p < w * h; ++p)
+    {
+        const double e = std::fabs(kArray2_DataT<k32s>(wrapped)[p] / 65536.0 - phi[0][p]);
+        EXPECT_LT(std::min(e, 1 - e), 2e-3) << p;
+    }
+    kObject_Dispose(states);
+
+    Frame frame(w, h), small(w, h - 1);
+    EXPECT_EQ(kS3dEmbeddedPhaseDecoderInt_Update(decoder, frame), kSTATUS_BAD_STATE);
+    EXPECT_TRUE(kS3dEmbeddedPhaseDecoderInt_IsComplete(decoder));
+    EXPECT_EQ(kS3dEmbeddedPhaseDecoderInt_SequenceLength(decoder), 10u);
+    Map<k8u> codeMap(kTypeOf(k8u), h, w);
+    Map<kPhasePixel> phaseMap(kTypeOf(kPhasePixel), h, w);
+    ASSERT_EQ(kS3dEmbeddedPhaseDecoderInt_Begin(decoder, codeMap, phaseMap), kOK);
+    EXPECT_EQ(kS3dEmbeddedPhaseDecoderInt_Update(decoder, small), kSTATUS_BAD_PARAMETER);
+
+    ktest::ExpectCleanFailures(
+        [&](kAlloc alloc, kObject* handle) -> kStatus
+        {
+            const k64f coefficients[2] = {7, 98};
+            const kSize counts[2] = {4, 6};
+            kS3dEmbeddedPhaseDecoderInt d = kNULL;
+            kStatus status;
+            kTest(kS3dEmbeddedPhaseDecoderInt_Construct(&d, alloc));
+            kTest(kS3dEmbeddedPhaseDecoderInt_SetImageSize(d, w, h));
+            kTest(kS3dEmbeddedPhaseDecoderInt_SetSequenceInfo(d, coefficients, counts, 2));
+            kTest(kS3dEmbeddedPhaseDecoderInt_Begin(d, codeMap, phaseMap));
+            for (const auto& pixels : frames)
+            {
+                Frame f(w, h, pixels);
+                kTest(kS3dEmbeddedPhaseDecoderInt_Update(d, f));
+            }
+            *handle = d;
+            return kOK;
+        cleanup:
+            kObject_Destroy(d);
+            return status;
+        });
+}
