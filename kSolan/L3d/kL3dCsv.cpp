@@ -113,9 +113,12 @@ kStatus AddItem(kString text, const T& item)
 {
     if constexpr (std::is_same_v<T, kText32>)
     {
-        if (!NeedsQuotes(item.chars)) return kString_Add(text, item.chars);
+        // A text filled without kText32_Set may use all 32 bytes, without a terminator.
+        kChar chars[sizeof(item.chars) + 1] = {};
+        memcpy(chars, item.chars, sizeof(item.chars));
+        if (!NeedsQuotes(chars)) return kString_Add(text, chars);
         kCheck(kString_Add(text, "\""));
-        for (const kChar* p = item.chars; *p != 0; ++p)
+        for (const kChar* p = chars; *p != 0; ++p)
             kCheck(*p == '"' ? kString_Add(text, "\"\"") : kString_AddSubstring(text, p, 0, 1));
         return kString_Add(text, "\"");
     }

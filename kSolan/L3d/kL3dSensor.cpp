@@ -5,6 +5,8 @@
 
 #include <kSolan/L3d/kL3dDataFile.h>
 
+#include <climits>
+#include <cstdlib>
 #include <cstring>
 
 namespace
@@ -97,10 +99,16 @@ kStatus DeleteFile(kStorage storage, const kChar* path)
     return storage ? kStorage_Delete(storage, path) : kFile_Delete(path);
 }
 
+// Backing a directory up onto itself would empty each file before copying it.
 bool SameDirectory(kStorage storage, const kChar* a, const kChar* b)
 {
     Path pa, pb;
-    if (storage == kNULL) return strcmp(a, b) == 0;
+    if (storage == kNULL)
+    {
+        kChar ra[PATH_MAX], rb[PATH_MAX];
+        if (realpath(a, ra) && realpath(b, rb)) return strcmp(ra, rb) == 0;
+        return false;
+    }
     return kSuccess(StorageDirectory(&pa, a)) && kSuccess(StorageDirectory(&pb, b)) &&
            strcmp(pa.chars, pb.chars) == 0;
 }

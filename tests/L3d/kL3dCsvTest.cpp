@@ -146,6 +146,13 @@ TEST(L3dCsv, TextsQuoteWhatNeedsItAndTruncateAt31)
     EXPECT_STREQ(back[0].chars, "x y");
     EXPECT_STREQ(back[1].chars, "");
 
+    // A text that fills all 32 bytes, without a terminator, is written whole.
+    kText32 full;
+    memset(full.chars, 'w', sizeof(full.chars));
+    s.Set<kText32>({full});
+    ASSERT_EQ(kL3dCsv_WriteText32(s.list, s.text), kOK);
+    EXPECT_EQ(std::string(kString_Chars(s.text)), std::string(32, 'w'));
+
     const std::string longText(40, 'q');
     ASSERT_EQ(kL3dCsv_ReadText32(s.list, longText.c_str()), kOK);
     EXPECT_EQ(std::string(s.Items<kText32>()[0].chars), std::string(31, 'q'));

@@ -100,6 +100,9 @@ void ExerciseFiles(const Files& f)
     EXPECT_FALSE(f.Exists("sensor/backup/sub/keep.txt"));
     EXPECT_EQ(kL3dSensor_BackupFiles(f.storage, sensor.c_str(), sensor.c_str()),
               kSTATUS_BAD_PARAMETER);
+    EXPECT_EQ(kL3dSensor_BackupFiles(f.storage, sensor.c_str(), (sensor + "/").c_str()),
+              kSTATUS_BAD_PARAMETER);
+    EXPECT_EQ(f.Get("sensor/Cal0.kdat"), std::string("\0\1\2cal", 6));
 
     // Clearing deletes the directory's files only; the backup restores them.
     ASSERT_EQ(kL3dSensor_ClearFiles(f.storage, sensor.c_str()), kOK);
