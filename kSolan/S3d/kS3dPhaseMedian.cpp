@@ -41,33 +41,69 @@ inline k32s CheckPhaseLimit(k32s value, k32s reference, k32s period, k32s limit)
     return (k32s)v;
 }
 
+/* Pixels per chunk of a line: the references of a chunk stay in the first-level cache. */
+constexpr kSize kChunk = 256;
+
+/* True when value − reference, taken exactly, lies within ±limit (limit ≥ 0). 32-bit
+   arithmetic only, so that the loop over a chunk vectorises: a wrapped difference is never
+   near. */
+inline k32s IsNear(k32s value, k32s reference, k32s limit)
+{
+    const k32s difference = (k32s)((k32u)value - (k32u)reference);
+    const k32s wrapped = ((value ^ reference) & (value ^ difference)) < 0;
+    return !wrapped & (difference >= -limit) & (difference <= limit);
+}
+
 /*
  * One pass over the pixels (y, x), y in rows, x in columns, of a map `width` items wide: the
  * reference of a pixel is the cascade of three-point medians with its neighbours at
  * ±k × stride items (k = 1 … window) in scratch; the corrected value goes to data. The row
  * pass uses stride 1, the column pass stride width; the caller keeps every neighbour inside
  * the map.
+ *
+ * A chunk of a line is done in three sweeps that vectorise: the cascade, one k at a time;
+ * invalidation and the pixels already within half a period of their reference (nearly all);
+ * then, only when some are not, CheckPhaseLimit on those.
  */
 void MedianBlock(const k32s* scratch, k32s* data, kSize width, xkS3dLineRange rows,
                  xkS3dLineRange columns, kSSize stride, k32s window, k32s period)
 {
     const k32s limit = period / 2;
+    k32s reference[kChunk];
 
     for (kSize y = rows.begin; y < rows.end; ++y)
     {
-        const k32s* src = scratch + y * width;
-        k32s* dst = data + y * width;
-
-        for (kSize x = columns.begin; x < columns.end; ++x)
+        for (kSize x = columns.begin; x < columns.end; x += kChunk)
         {
-            if (dst[x] == 0) continue;
+            const kSize count = kMin_(kChunk, columns.end - x);
+            const k32s* centre = scratch + y * width + x;
+            k32s* out = data + y * width + x;
 
-            const k32s* centre = src + x;
-            k32s m = *centre;
+            for (kSize i = 0; i < count; ++i)
+                reference[i] = centre[i];
             for (kSSize k = 1; k <= window; ++k)
-                m = Median3(m, centre[-k * stride], centre[k * stride]);
+            {
+                const k32s* before = centre - k * stride;
+                const k32s* after = centre + k * stride;
+#pragma omp simd
+                for (kSize i = 0; i < count; ++i)
+                    reference[i] = Median3(reference[i], before[i], after[i]);
+            }
 
-            dst[x] = (m == 0) ? 0 : CheckPhaseLimit(dst[x], m, period, limit);
+            k32s far = 0;
+#pragma omp simd reduction(| : far)
+            for (kSize i = 0; i < count; ++i)
+            {
+                const k32s value = out[i], m = reference[i];
+                const k32s valid = (value != 0) & (m != 0);
+                out[i] = value & -valid;
+                far |= valid & !IsNear(value, m, limit);
+            }
+            if (!far) continue;
+
+            for (kSize i = 0; i < count; ++i)
+                if (out[i] != 0 && reference[i] != 0)
+                    out[i] = CheckPhaseLimit(out[i], reference[i], period, limit);
         }
     }
 }
