@@ -28,29 +28,47 @@ constexpr k8u kFullBox = 25;
 /* Sides of a box (the box is 5 taps wide). */
 constexpr kSize kReach = 2;
 
+/* Pixels per chunk of a line: the chunk's flags stay in the first-level cache. */
+constexpr kSize kChunk = 256;
+
 /*
  * One box pass over the pixels (y, x), y in rows, x in columns, of a map `width` items wide:
  * a pixel whose mask is non-zero at its four neighbours ±1, ±2 × stride items away and at
  * itself becomes the mean of those five scratch values, and counts them in its mask. The row
  * pass uses stride 1, the column pass stride width; the caller keeps every neighbour inside the
- * map. The mask is updated in place: neighbours read after their own update are still
- * non-zero (m + 4 (m & 63) is never 0 modulo 256 for m ≠ 0), so the order does not matter.
+ * map.
+ *
+ * The mask is updated in place. Only whether a mask is zero decides a box, and counting never
+ * changes that (m + 4 (m & 63) is never 0 modulo 256 for m ≠ 0), so the flags of a chunk can
+ * be taken in one sweep before its pixels are updated in a second.
  */
 void BoxBlock(const k32s* scratch, k32s* data, k8u* mask, kSize width, xkS3dLineRange rows,
               xkS3dLineRange columns, kSSize stride)
 {
+    k8u full[kChunk];
+
     for (kSize y = rows.begin; y < rows.end; ++y)
     {
-        for (kSize x = columns.begin; x < columns.end; ++x)
+        for (kSize x = columns.begin; x < columns.end; x += kChunk)
         {
-            const kSize i = y * width + x;
-            k8u* m = mask + i;
-            if (!m[-2 * stride] || !m[-stride] || !m[0] || !m[stride] || !m[2 * stride]) continue;
+            const kSize count = kMin_(kChunk, columns.end - x);
+            const kSize first = y * width + x;
+            const k8u* m = mask + first;
+            const k32s* s = scratch + first;
 
-            const k32s* s = scratch + i;
-            const k64s sum = (k64s)s[-2 * stride] + s[-stride] + s[0] + s[stride] + s[2 * stride];
-            *m = (k8u)(*m + (*m & 63) * 4);
-            data[i] = (k32s)(sum / 5);
+#pragma omp simd
+            for (kSize i = 0; i < count; ++i)
+                full[i] = (m[i - 2 * stride] != 0) & (m[i - stride] != 0) & (m[i] != 0) &
+                          (m[i + stride] != 0) & (m[i + 2 * stride] != 0);
+
+            for (kSize i = 0; i < count; ++i)
+            {
+                if (!full[i]) continue;
+                const k64s sum = (k64s)s[i - 2 * stride] + s[i - stride] + s[i] + s[i + stride] +
+                                 s[i + 2 * stride];
+                data[first + i] = (k32s)(sum / 5);
+                mask[first + i] = (k8u)(mask[first + i] + (mask[first + i] & 63) * 4);
+            }
         }
     }
 }

@@ -334,6 +334,32 @@ TEST_F(PhaseMedian, MatchesDirectReferenceForAnyWorkerCount)
     }
 }
 
+TEST_F(PhaseMedian, ExtremeValuesFollowTheReference)
+{
+    // Values at both ends of the 32-bit range: differences to the reference leave 32 bits and
+    // shifted values wrap; the filter agrees with the 64-bit rule throughout.
+    std::mt19937 random(19);
+    std::uniform_int_distribution<k32s> any(k32S_MIN, k32S_MAX);
+    std::uniform_int_distribution<int> pick(0, 9);
+    const kSize rows = 17, columns = 29;
+    std::vector<k32s> map(rows * columns);
+    for (k32s& v : map)
+    {
+        int p = pick(random);
+        v = p < 4   ? any(random)
+            : p < 6 ? k32S_MAX - pick(random)
+            : p < 8 ? k32S_MIN + pick(random)
+                    : 0;
+    }
+    const k32s periods[] = {1, 3, 4096, 1 << 30, k32S_MAX};
+    for (k32s period : periods)
+    {
+        Median filter(period, 2, 2);
+        EXPECT_EQ(filter.Run(map, rows, columns), ReferenceFilter(map, rows, columns, 2, 2, period))
+            << "period " << period;
+    }
+}
+
 TEST_F(PhaseMedian, RefusesBadMapsWithoutWriting)
 {
     // Maps attached between guard rows: nothing outside the maps may change.
