@@ -279,6 +279,11 @@ TEST(KppMatrix, EigenMatchesEigenLibrary)
     EXPECT_EQ(wide.Eigen(untouched, none), kSTATUS_FAILED); // 0, without work
     EXPECT_TRUE(untouched.IsNull());
     EXPECT_TRUE(none.IsNull());
+
+    m.At(1, 3) = m.At(3, 1) = std::nan("");
+    EXPECT_EQ(m.Eigen(vectors, values), kSTATUS_BAD_PARAMETER);
+    Matrix<double> empty;
+    EXPECT_EQ(empty.Eigen(vectors, values), kSTATUS_BAD_PARAMETER);
 }
 
 TEST(KppMatrix, OwnershipAcrossCopyAttachExportDisposeLoad)

@@ -7,7 +7,7 @@
 namespace kpp::Data
 {
 template <typename T>
-kStatus Matrix<T>::Multiply(const Matrix& a, const Matrix& b) requires numeric
+kStatus Matrix<T>::Multiply(const Matrix& a, const Matrix& b) requires MatrixNumeric<T>
 {
     kCheckArgs(a.ColumnCount() == b.RowCount());
     if (Aliases(a) || Aliases(b))
@@ -34,7 +34,7 @@ kStatus Matrix<T>::Multiply(const Matrix& a, const Matrix& b) requires numeric
 }
 
 template <typename T>
-kStatus Matrix<T>::Mult(const Matrix& a, const Matrix& b) requires numeric
+kStatus Matrix<T>::Mult(const Matrix& a, const Matrix& b) requires MatrixNumeric<T>
 {
     const bool square4 = a.IsShape(4, 4) && b.IsShape(4, 4);
     kAssert(square4);
@@ -43,7 +43,7 @@ kStatus Matrix<T>::Mult(const Matrix& a, const Matrix& b) requires numeric
 }
 
 template <typename T>
-Matrix<T>& Matrix<T>::operator+=(const Matrix& m) requires numeric
+Matrix<T>& Matrix<T>::operator+=(const Matrix& m) requires MatrixNumeric<T>
 {
     const bool same = IsShape(m.RowCount(), m.ColumnCount());
     kAssert(same);
@@ -54,7 +54,7 @@ Matrix<T>& Matrix<T>::operator+=(const Matrix& m) requires numeric
 }
 
 template <typename T>
-Matrix<T>& Matrix<T>::operator-=(const Matrix& m) requires numeric
+Matrix<T>& Matrix<T>::operator-=(const Matrix& m) requires MatrixNumeric<T>
 {
     const bool same = IsShape(m.RowCount(), m.ColumnCount());
     kAssert(same);
@@ -65,7 +65,7 @@ Matrix<T>& Matrix<T>::operator-=(const Matrix& m) requires numeric
 }
 
 template <typename T>
-Matrix<T>& Matrix<T>::operator*=(T s) requires numeric
+Matrix<T>& Matrix<T>::operator*=(T s) requires MatrixNumeric<T>
 {
     for (kSize k = 0; k < this->Count(); ++k)
         this->Data()[k] *= s;
@@ -73,7 +73,7 @@ Matrix<T>& Matrix<T>::operator*=(T s) requires numeric
 }
 
 template <typename T>
-kStatus Matrix<T>::Transpose(const Matrix& m) requires numeric
+kStatus Matrix<T>::Transpose(const Matrix& m) requires MatrixNumeric<T>
 {
     if (Aliases(m))
     {
@@ -90,7 +90,7 @@ kStatus Matrix<T>::Transpose(const Matrix& m) requires numeric
 }
 
 template <typename T>
-double Matrix<T>::Trace() const requires numeric
+double Matrix<T>::Trace() const requires MatrixNumeric<T>
 {
     const kSize n = Math::Min(RowCount(), ColumnCount());
     double sum = 0.0;
@@ -100,7 +100,7 @@ double Matrix<T>::Trace() const requires numeric
 }
 
 template <typename T>
-kStatus Matrix<T>::Identity() requires numeric
+kStatus Matrix<T>::Identity() requires MatrixNumeric<T>
 {
     kCheck(this->Zero());
     const kSize n = Math::Min(RowCount(), ColumnCount());
@@ -110,7 +110,7 @@ kStatus Matrix<T>::Identity() requires numeric
 }
 
 template <typename T>
-kStatus Matrix<T>::Row(kSize i, Array1<T>& out) const requires numeric
+kStatus Matrix<T>::Row(kSize i, Array1<T>& out) const requires MatrixNumeric<T>
 {
     kCheckArgs(i < RowCount());
     const kSize cols = ColumnCount();
@@ -120,7 +120,8 @@ kStatus Matrix<T>::Row(kSize i, Array1<T>& out) const requires numeric
 }
 
 template <typename T>
-kStatus Matrix<T>::Assign(kSize rows, kSize cols, const T* data, kSize count) requires numeric
+kStatus Matrix<T>::Assign(kSize rows, kSize cols, const T* data,
+                          kSize count) requires MatrixNumeric<T>
 {
     // count = rows × cols, tested without forming the product (it could overflow).
     kCheckArgs(cols == 0 ? count == 0 : count % cols == 0 && count / cols == rows);
@@ -131,7 +132,7 @@ kStatus Matrix<T>::Assign(kSize rows, kSize cols, const T* data, kSize count) re
 }
 
 template <typename T>
-kStatus Matrix<T>::Eigen(Matrix& vectors, Array1<T>& values) const requires numeric
+kStatus Matrix<T>::Eigen(Matrix& vectors, Array1<T>& values) const requires MatrixNumeric<T>
 {
     const kSize n = RowCount();
     if (ColumnCount() != n) return kSTATUS_FAILED;
@@ -144,7 +145,7 @@ kStatus Matrix<T>::Eigen(Matrix& vectors, Array1<T>& values) const requires nume
 }
 
 template <typename T>
-kStatus Matrix<T>::FromTransform3d(const kL3dTransform3d& t) requires numeric
+kStatus Matrix<T>::FromTransform3d(const kL3dTransform3d& t) requires MatrixNumeric<T>
 {
     const double values[16] = {t.xx, t.xy, t.xz, t.xt, t.yx, t.yy, t.yz, t.yt,
                                t.zx, t.zy, t.zz, t.zt, 0.0,  0.0,  0.0,  1.0};
@@ -154,7 +155,7 @@ kStatus Matrix<T>::FromTransform3d(const kL3dTransform3d& t) requires numeric
 }
 
 template <typename T>
-kStatus Matrix<T>::ToTransform3d(kL3dTransform3d& t) const requires numeric
+kStatus Matrix<T>::ToTransform3d(kL3dTransform3d& t) const requires MatrixNumeric<T>
 {
     const bool square4 = IsShape(4, 4);
     kAssert(square4);

@@ -27,11 +27,17 @@
 
 namespace kpp::Data
 {
+/**
+ * Element types that have the matrix operations: double only. A namespace-scope constant
+ * rather than a class member, because clang 14 does not match out-of-line definitions whose
+ * constraint names a class member.
+ */
+template <typename T>
+inline constexpr bool MatrixNumeric = std::is_same_v<T, double>;
+
 template <typename T>
 class kEXPORT_ATTR Matrix : public Array2<T>
 {
-    static constexpr bool numeric = std::is_same_v<T, double>;
-
 public:
     using Array2<T>::Init;
     using Array2<T>::Assign;
@@ -47,9 +53,9 @@ public:
      * @return kOK; kSTATUS_BAD_PARAMETER unless a.ColumnCount() = b.RowCount() (this untouched);
      *         kSTATUS_MEMORY.
      */
-    kStatus Multiply(const Matrix& a, const Matrix& b) requires numeric;
+    kStatus Multiply(const Matrix& a, const Matrix& b) requires MatrixNumeric<T>;
     /** Multiply restricted to 4 × 4 operands (asserted; kSTATUS_FAILED otherwise). */
-    kStatus Mult(const Matrix& a, const Matrix& b) requires numeric;
+    kStatus Mult(const Matrix& a, const Matrix& b) requires MatrixNumeric<T>;
 
     /**
      * Applies this 4 × 4 matrix (asserted; the null point otherwise) to p as a projective
@@ -58,7 +64,7 @@ public:
      * w converts to 0 gives the null point.
      */
     template <typename P>
-    P Mult(const P& p) const requires numeric
+    P Mult(const P& p) const requires MatrixNumeric<T>
     {
         using C = typename P::Component;
         const bool square4 = IsShape(4, 4);
@@ -82,7 +88,7 @@ public:
 
     /** this(i, j) = a[i] · b[j]: the outer product of two points; this must be 3 × 3. */
     template <typename P>
-    kStatus MultTranspose(const P& a, const P& b) requires numeric
+    kStatus MultTranspose(const P& a, const P& b) requires MatrixNumeric<T>
     {
         const bool square3 = IsShape(3, 3);
         kAssert(square3);
@@ -94,29 +100,29 @@ public:
     }
 
     /** Element-wise sum and difference; the shapes must be equal (asserted; else no change). */
-    Matrix& operator+=(const Matrix& m) requires numeric;
-    Matrix& operator-=(const Matrix& m) requires numeric;
-    Matrix& operator*=(T s) requires numeric;
+    Matrix& operator+=(const Matrix& m) requires MatrixNumeric<T>;
+    Matrix& operator-=(const Matrix& m) requires MatrixNumeric<T>;
+    Matrix& operator*=(T s) requires MatrixNumeric<T>;
 
     /** this = mᵀ. @return kOK; kSTATUS_MEMORY. */
-    kStatus Transpose(const Matrix& m) requires numeric;
+    kStatus Transpose(const Matrix& m) requires MatrixNumeric<T>;
     /** Sum of the diagonal up to min(RowCount, ColumnCount). */
-    double Trace() const requires numeric;
+    double Trace() const requires MatrixNumeric<T>;
     /** Zero, then 1 on the diagonal up to min(RowCount, ColumnCount); the shape is kept. */
-    kStatus Identity() requires numeric;
+    kStatus Identity() requires MatrixNumeric<T>;
 
     /**
      * Copies row i into out, which is reshaped to ColumnCount elements.
      * @return kOK; kSTATUS_BAD_PARAMETER for i ≥ RowCount(); kSTATUS_MEMORY.
      */
-    kStatus Row(kSize i, Array1<T>& out) const requires numeric;
+    kStatus Row(kSize i, Array1<T>& out) const requires MatrixNumeric<T>;
 
     /**
      * Reshapes to rows × cols and copies count values of data in row order.
      * @return kOK; kSTATUS_BAD_PARAMETER unless count = rows × cols (this untouched);
      *         kSTATUS_MEMORY.
      */
-    kStatus Assign(kSize rows, kSize cols, const T* data, kSize count) requires numeric;
+    kStatus Assign(kSize rows, kSize cols, const T* data, kSize count) requires MatrixNumeric<T>;
 
     /**
      * Eigen-decomposition of this symmetric matrix (kMatrixDirect_Eigen): vectors receives the
@@ -124,14 +130,15 @@ public:
      * is left as it was (the solver works on a copy).
      *
      * @return kOK; kSTATUS_FAILED (0) for a non-square matrix, without work;
-     *         kSTATUS_BAD_PARAMETER for a non-finite element; kSTATUS_MEMORY.
+     *         kSTATUS_BAD_PARAMETER for a non-finite element or an empty wrapper;
+     *         kSTATUS_MEMORY.
      */
-    kStatus Eigen(Matrix& vectors, Array1<T>& values) const requires numeric;
+    kStatus Eigen(Matrix& vectors, Array1<T>& values) const requires MatrixNumeric<T>;
 
     /** 4 × 4 homogeneous form of t: its three rows, then (0, 0, 0, 1). */
-    kStatus FromTransform3d(const kL3dTransform3d& t) requires numeric;
+    kStatus FromTransform3d(const kL3dTransform3d& t) requires MatrixNumeric<T>;
     /** Rows 0-2 of this 4 × 4 matrix (asserted; kSTATUS_FAILED otherwise) into t. */
-    kStatus ToTransform3d(kL3dTransform3d& t) const requires numeric;
+    kStatus ToTransform3d(kL3dTransform3d& t) const requires MatrixNumeric<T>;
 
 private:
     bool IsShape(kSize rows, kSize cols) const

@@ -117,15 +117,23 @@ kStatus DeltaCompressor::Decode(const Encoding& encoding, Item* items, kSize cou
     return kOK;
 }
 
-template kStatus DeltaCompressor::Decode<kCompactSpot, DeltaCompressor::CompactSpotCenterAccessor>(
-    const Encoding&, kCompactSpot*, kSize) const;
-template kStatus
+// Exported explicitly: clang gives an instantiation the visibility of its template arguments,
+// and the platform's item structs are hidden under -fvisibility=hidden.
+template kEXPORT_ATTR kStatus
+DeltaCompressor::Decode<kCompactSpot, DeltaCompressor::CompactSpotCenterAccessor>(const Encoding&,
+                                                                                  kCompactSpot*,
+                                                                                  kSize) const;
+template kEXPORT_ATTR kStatus
 DeltaCompressor::Decode<kCompactSpot, DeltaCompressor::CompactSpotIntensityAccessor>(
     const Encoding&, kCompactSpot*, kSize) const;
-template kStatus DeltaCompressor::Decode<kPhasePixel2, DeltaCompressor::Pixel2PhaseAccessor>(
-    const Encoding&, kPhasePixel2*, kSize) const;
-template kStatus DeltaCompressor::Decode<kPhasePixel2, DeltaCompressor::Pixel2IntensityAccessor>(
-    const Encoding&, kPhasePixel2*, kSize) const;
+template kEXPORT_ATTR kStatus
+DeltaCompressor::Decode<kPhasePixel2, DeltaCompressor::Pixel2PhaseAccessor>(const Encoding&,
+                                                                            kPhasePixel2*,
+                                                                            kSize) const;
+template kEXPORT_ATTR kStatus
+DeltaCompressor::Decode<kPhasePixel2, DeltaCompressor::Pixel2IntensityAccessor>(const Encoding&,
+                                                                                kPhasePixel2*,
+                                                                                kSize) const;
 } // namespace kpp::Vs
 
 kDefineValue(kVsDeltaCompressorPair, kValue);
