@@ -30,8 +30,8 @@ inline k32s CheckPhaseLimit(k32s value, k32s reference, k32s period, k32s limit)
 
     /* Within min(limit, P − 1) of the reference neither the division nor the loops move the
        value: the common case of a correct pixel costs no division. */
-    const k64s near = kMin_((k64s)limit, p - 1);
-    if (v - r >= -near && v - r <= near) return value;
+    const k64s within = kMin_((k64s)limit, p - 1);
+    if (v - r >= -within && v - r <= within) return value;
 
     v -= ((v - r) / p) * p;
     while (v - r > limit)
