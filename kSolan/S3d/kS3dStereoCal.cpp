@@ -421,7 +421,9 @@ kFx(kStatus) kS3dStereoCal_Read(kS3dStereoCal cal, kDataTree tree, kDataTreeItem
 {
     kCheckArgs(cal);
     kCheck(kS3dStereoCal_Release(cal));
-    kStatus status = ReadRecord(cal, tree, item);
+    const kDataTreeItem node = item ? item : kDataTree_Root(tree);
+    if (!node) return kSTATUS_NOT_FOUND;
+    kStatus status = ReadRecord(cal, tree, node);
     if (!kSuccess(status)) kS3dStereoCal_Release(cal);
     return status;
 }
