@@ -16,6 +16,22 @@
  * construction the tables are read-only and lookups may run on any number of threads; the
  * setters are not synchronised.
  *
+ * Bounds and refusals (decisions where the tables alone would allow reading outside them):
+ * - entry arrays shorter than their map's cells claim end construction with kSTATUS_FAILED (0)
+ *   before any entry past their end is read (the view-orientation rule fails the same way);
+ * - entries whose layer falls outside the dense table are skipped, never written;
+ * - a phase view without a valid cell is left out of the shared third-axis bounds (with
+ *   neither view valid the tables are one null layer at k32S_NULL, like an empty disparity
+ *   map), so an empty view never stretches the table from k32S_NULL;
+ * - a step of 0 gives shift, mask and round 0; a third-axis step of 0 gives a disparity table
+ *   of one layer and phase tables of none, which look up null;
+ * - steps must be 0 or powers of two, at most 256 for ProjectionXStep (its shift includes the
+ *   8 fractional bits of image coordinates) and 65536 for the others, images below 2^23
+ *   pixels a side and every table at most kS3D_STEREO_PROFILER_MAX_ENTRIES entries, else
+ *   construction fails with kSTATUS_BAD_PARAMETER;
+ * - rectification refuses negative full-resolution coordinates as well as those at or beyond
+ *   the map's limits, and every lookup tests its lattice indices (see the kernels header).
+ *
  * Use the façade kS3dStereoProfiler; the operations here are what it forwards to.
  */
 #ifndef K_S3D_STEREO_PROFILER_BASE_H
