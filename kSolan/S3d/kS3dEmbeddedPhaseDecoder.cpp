@@ -107,7 +107,8 @@ struct FloatArith
     static k64s ToFixed(k32f v)
     {
         const double range = xkS3D_EMBEDDED_KUWAHARA_RANGE;
-        return std::llround(std::clamp((double)v, -range, range) * xkS3D_EMBEDDED_KUWAHARA_ONE);
+        const double x = std::clamp((double)v, -range, range) * xkS3D_EMBEDDED_KUWAHARA_ONE;
+        return (k64s)(x + (x < 0 ? -0.5 : 0.5)); // half away from zero (x is far below 2^52)
     }
     static k32f FromFixed(k64s sum, k64s count)
     {

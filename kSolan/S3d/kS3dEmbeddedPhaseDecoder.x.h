@@ -138,7 +138,8 @@ kStatus xkS3dEmbeddedPhase_SubtractPhase(kArray2 a, kArray2 b)
     kCheckArgs(xkS3dEmbeddedPhase_IsPair(a, b, A::ValueType()));
     V* x = kArray2_DataT<V>(a);
     const V* y = kArray2_DataT<V>(b);
-    for (kSize i = 0; i < kArray2_Count(a); ++i)
+    const kSize count = kArray2_Count(a);
+    for (kSize i = 0; i < count; ++i)
     {
         if (x[i] == A::kInvalid || y[i] == A::kInvalid)
         {
@@ -190,7 +191,8 @@ kStatus xkS3dEmbeddedPhase_BaseRamp(k64f pa, kArray2 a, k64f pb, kArray2 b)
     const k64f r = pb / pa;
     const V* x = kArray2_DataT<V>(a);
     V* y = kArray2_DataT<V>(b);
-    for (kSize i = 0; i < kArray2_Count(a); ++i)
+    const kSize count = kArray2_Count(a);
+    for (kSize i = 0; i < count; ++i)
         y[i] = (x[i] == A::kInvalid || y[i] == A::kInvalid) ? A::kInvalid : A::Order(r, x[i], y[i]);
     return kOK;
 }
@@ -204,7 +206,8 @@ kStatus xkS3dEmbeddedPhase_Unwrap(k64f pa, kArray2 a, k64f pb, kArray2 b)
     const k64f r = pb / pa;
     const V* x = kArray2_DataT<V>(a);
     V* y = kArray2_DataT<V>(b);
-    for (kSize i = 0; i < kArray2_Count(a); ++i)
+    const kSize count = kArray2_Count(a);
+    for (kSize i = 0; i < count; ++i)
         y[i] = (x[i] == A::kInvalid || y[i] == A::kInvalid) ? A::kInvalid
                                                             : A::Unwrapped(r, x[i], y[i]);
     return kOK;
@@ -282,28 +285,37 @@ void xkS3dEmbeddedPhase_KuwaharaRows(const typename A::Value* source, typename A
                 out[x] = A::kInvalid;
                 continue;
             }
-            // Variance × count² = count × squares − sum², exact; compared across quadrants by
-            // cross-multiplying with the other count².
+            // Variance × count² = count × squares − sum², exact in 64 bits for values within
+            // the fixed-point range and at most 64 samples; quadrants of unequal counts are
+            // compared by cross-multiplying with the other count² in 128 bits.
             int best = -1;
-            __int128 bestSpread = 0, bestCount2 = 1;
-            k64s sum = 0, count = 0;
+            k64s bestSpread = 0, bestCount = 1, sum = 0, count = 0;
             for (int q = 0; q < 4; ++q)
             {
                 const xkS3dEmbeddedCell& c = quad[q];
                 if (c.count == 0) continue;
-                const __int128 spread =
-                    (__int128)c.count * c.squares - (__int128)c.sum * (__int128)c.sum;
-                const __int128 count2 = (__int128)c.count * c.count;
-                const __int128 lhs = spread * bestCount2, rhs = bestSpread * count2;
-                if (best < 0 || lhs < rhs)
+                const k64s spread = c.count * c.squares - c.sum * c.sum;
+                int order = -1; // −1: smaller than the best so far, 0: equal, 1: larger
+                if (best >= 0)
+                {
+                    if (c.count == bestCount)
+                        order = spread < bestSpread ? -1 : (spread == bestSpread ? 0 : 1);
+                    else
+                    {
+                        const __int128 lhs = (__int128)spread * (bestCount * bestCount);
+                        const __int128 rhs = (__int128)bestSpread * (c.count * c.count);
+                        order = lhs < rhs ? -1 : (lhs == rhs ? 0 : 1);
+                    }
+                }
+                if (order < 0)
                 {
                     best = q;
                     bestSpread = spread;
-                    bestCount2 = count2;
+                    bestCount = c.count;
                     sum = c.sum;
                     count = c.count;
                 }
-                else if (lhs == rhs) // a tie: pool the quadrants
+                else if (order == 0) // a tie: pool the quadrants
                 {
                     sum += c.sum;
                     count += c.count;
