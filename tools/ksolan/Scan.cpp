@@ -3,6 +3,7 @@
 #include "Pictures.h"
 #include "Progress.h"
 
+#include <kSolan/S3d/kS3dEmbeddedPhaseDecoder.h>
 #include <kSolan/S3d/kS3dPhaseDecoder.h>
 #include <kSolan/S3d/kS3dStripeDecoder.h>
 #include <kSolan/kpp/Common/kppPhasePixel2.h>
@@ -21,6 +22,64 @@ namespace fs = std::filesystem;
 
 namespace ksolan
 {
+kSize Encoding::FrameCount() const
+{
+    if (!IsEmbedded()) return 1 + stripes + phases;
+    kSize count = 0;
+    for (kSize s : steps)
+        count += s;
+    return count;
+}
+
+std::vector<double> Encoding::Periods() const
+{
+    std::vector<double> periods;
+    double period = 1;
+    for (double c : coefficients)
+        periods.push_back(period *= c);
+    return periods;
+}
+
+kSize Encoding::OrderCount() const
+{
+    if (!IsEmbedded()) return (kSize)1 << stripes;
+    const std::vector<double> periods = Periods();
+    // Whole coefficients give an exact ratio; the margin keeps the rounding of others from
+    // adding an order.
+    return (kSize)std::ceil(periods.back() / periods.front() - 1e-9);
+}
+
+std::string Encoding::FrameText() const
+{
+    if (!IsEmbedded())
+        return "1 reference, " + std::to_string(stripes) + " stripe, " + std::to_string(phases) +
+               " phase";
+    std::string text = "phase steps ";
+    for (kSize i = 0; i < steps.size(); ++i)
+        text += (i ? ", " : "") + std::to_string(steps[i]);
+    return text;
+}
+
+void Encoding::Validate() const
+{
+    if (!IsEmbedded()) return;
+    const kSize n = coefficients.size();
+    if (n < 2)
+        throw Error("an embedded sequence needs at least 2 frequencies, --embedded gives " +
+                    std::to_string(n));
+    if (n > kS3D_EMBEDDED_PHASE_MAX_FREQUENCIES)
+        throw Error("an embedded sequence has at most " +
+                    std::to_string(kS3D_EMBEDDED_PHASE_MAX_FREQUENCIES) +
+                    " frequencies, --embedded gives " + std::to_string(n));
+    if (steps.size() != n)
+        throw Error("--steps gives " + std::to_string(steps.size()) + " step counts for " +
+                    std::to_string(n) + " frequencies");
+    if (OrderCount() > kS3D_STRIPE_CODE_NULL)
+        throw Error("--embedded " + CommaList(coefficients) + " gives " +
+                    std::to_string(OrderCount()) + " fringe orders, at most " +
+                    std::to_string(kS3D_STRIPE_CODE_NULL) + " fit the 8-bit code map");
+}
+
 void StageTimes::Add(const std::string& stage, double seconds)
 {
     m_stages.emplace_back(stage, seconds);
@@ -78,16 +137,11 @@ Handle NewDecoder(Construct construct, const char* what)
     Check(construct(decoder.Out(), kNULL), std::string("cannot construct the ") + what);
     return decoder;
 }
-} // namespace
 
-Maps Decode(const std::vector<Handle>& frames, const Encoding& encoding, StageTimes& times)
+void DecodeStripePhase(const std::vector<Handle>& frames, const Encoding& encoding,
+                       const Maps& maps, StageTimes& times)
 {
     const kSize width = kImage_Width(frames.front()), height = kImage_Height(frames.front());
-    Maps maps;
-    maps.phase = NewMap(kTypeOf(kPhasePixel), width, height);
-    maps.code = NewMap(kTypeOf(k8u), width, height);
-    maps.absolute = NewMap(kTypeOf(kPhasePixel2), width, height);
-
     auto start = Clock::now();
     {
         Handle stripe = NewDecoder(kS3dStripeDecoder_Construct, "stripe decoder");
@@ -124,8 +178,59 @@ Maps Decode(const std::vector<Handle>& frames, const Encoding& encoding, StageTi
                   "phase decoder: frame " + std::to_string(first + i));
     }
     times.Add("phase decoding", SecondsSince(start));
+}
+
+/* The last frame does the work of the sequence (wrapped phases, beats, smoothing, orders), so
+   it is timed on its own. */
+void DecodeEmbedded(const std::vector<Handle>& frames, const Encoding& encoding, const Maps& maps,
+                    StageTimes& times)
+{
+    const kSize width = kImage_Width(frames.front()), height = kImage_Height(frames.front());
+    auto start = Clock::now();
+    Handle decoder = NewDecoder(kS3dEmbeddedPhaseDecoder_Construct, "embedded phase decoder");
+    Check(kS3dEmbeddedPhaseDecoder_SetImageSize(decoder, width, height),
+          "embedded phase decoder: image size");
+    Check(kS3dEmbeddedPhaseDecoder_SetSequenceInfo(decoder, encoding.coefficients.data(),
+                                                   encoding.steps.data(),
+                                                   encoding.coefficients.size()),
+          "embedded phase decoder: sequence");
+    Check(kS3dEmbeddedPhaseDecoder_SetPhasePeriod(decoder, encoding.phasePeriod),
+          "embedded phase decoder: phase period");
+    // This decoder keeps a pixel whose contrast reaches the threshold; one more makes the
+    // tool's contrast mean the same for both encodings: a valid phase exceeds it.
+    Check(kS3dEmbeddedPhaseDecoder_SetContrastThreshold(decoder, (kSize)encoding.phaseContrast + 1),
+          "embedded phase decoder: contrast threshold");
+    Check(kS3dEmbeddedPhaseDecoder_Begin(decoder, maps.code, maps.phase),
+          "embedded phase decoder: begin");
+    {
+        Progress progress("embedded frames", frames.size() - 1);
+        for (kSize i = 0; i + 1 < frames.size(); ++i, progress.Step())
+            Check(kS3dEmbeddedPhaseDecoder_Update(decoder, frames[i]),
+                  "embedded phase decoder: frame " + std::to_string(i));
+    }
+    times.Add("embedded frames", SecondsSince(start));
 
     start = Clock::now();
+    Check(kS3dEmbeddedPhaseDecoder_Update(decoder, frames.back()),
+          "embedded phase decoder: frame " + std::to_string(frames.size() - 1));
+    times.Add("order and phase", SecondsSince(start));
+}
+} // namespace
+
+Maps Decode(const std::vector<Handle>& frames, const Encoding& encoding, StageTimes& times)
+{
+    const kSize width = kImage_Width(frames.front()), height = kImage_Height(frames.front());
+    Maps maps;
+    maps.phase = NewMap(kTypeOf(kPhasePixel), width, height);
+    maps.code = NewMap(kTypeOf(k8u), width, height);
+    maps.absolute = NewMap(kTypeOf(kPhasePixel2), width, height);
+
+    if (encoding.IsEmbedded())
+        DecodeEmbedded(frames, encoding, maps, times);
+    else
+        DecodeStripePhase(frames, encoding, maps, times);
+
+    auto start = Clock::now();
     Combine(maps, encoding.phasePeriod);
     times.Add("code and phase", SecondsSince(start));
     return maps;
@@ -134,10 +239,8 @@ Maps Decode(const std::vector<Handle>& frames, const Encoding& encoding, StageTi
 std::vector<Handle> ReadFrames(const std::vector<std::string>& paths, const Encoding& encoding)
 {
     if (paths.size() != encoding.FrameCount())
-        throw Error("expected " + std::to_string(encoding.FrameCount()) + " frames (1 reference, " +
-                    std::to_string(encoding.stripes) + " stripe, " +
-                    std::to_string(encoding.phases) + " phase), got " +
-                    std::to_string(paths.size()));
+        throw Error("expected " + std::to_string(encoding.FrameCount()) + " frames (" +
+                    encoding.FrameText() + "), got " + std::to_string(paths.size()));
 
     std::vector<Handle> frames;
     Progress progress("reading frames", paths.size());
@@ -201,7 +304,8 @@ std::string OutputFolder::File(const std::string& name)
     return m_written.back();
 }
 
-void WriteMaps(OutputFolder& folder, const Maps& maps, const Encoding& encoding)
+void WriteMaps(OutputFolder& folder, const std::string& where, const Maps& maps,
+               const Encoding& encoding)
 {
     const kSize width = kArray2_Length(maps.phase, 1), height = kArray2_Length(maps.phase, 0);
     const kSize count = width * height;
@@ -210,13 +314,15 @@ void WriteMaps(OutputFolder& folder, const Maps& maps, const Encoding& encoding)
     const k8u* code = kArray2_DataT<k8u>(maps.code);
     kPhasePixel2* absolute = kArray2_DataT<kPhasePixel2>(maps.absolute);
 
+    const fs::path base(where);
+    auto file = [&](const std::string& name) { return folder.File((base / name).string()); };
     auto write =
-        [&](const char* name, Palette palette, double lo, double hi, bool legend, auto value)
+        [&](const std::string& name, Palette palette, double lo, double hi, bool legend, auto value)
     {
         ScalarMap map{width, height, std::vector<float>(count)};
         for (kSize i = 0; i < count; ++i)
             map.values[i] = value(i);
-        WritePicture(folder.File(name), map, palette, lo, hi, legend);
+        WritePicture(file(name), map, palette, lo, hi, legend);
     };
     const double P = encoding.phasePeriod;
     write("phase.png", Palette::Cyclic, 0, P, true,
@@ -227,28 +333,32 @@ void WriteMaps(OutputFolder& folder, const Maps& maps, const Encoding& encoding)
               kpp::PhasePixel2 pixel(absolute[i]);
               return pixel.IsNull() ? none : (float)pixel.Phase();
           });
-    write("stripe-code.png", Palette::Sequential, 0, (1u << encoding.stripes) - 1, true,
+    const std::string codeName = encoding.CodeName();
+    write(codeName + ".png", Palette::Sequential, 0, (double)encoding.OrderCount() - 1, true,
           [&](kSize i) { return code[i] == kS3D_STRIPE_CODE_NULL ? none : (float)code[i]; });
     write("contrast.png", Palette::Sequential, 0, 255, true,
           [&](kSize i) { return (float)phase[i].contrast; });
     write("intensity.png", Palette::Grey, 0, 255, false,
           [&](kSize i) { return (float)phase[i].intensity; });
 
-    Check(kSave6(maps.phase, folder.File("phase.kdat6").c_str()), "cannot write phase.kdat6");
-    Check(kSave6(maps.code, folder.File("stripe-code.kdat6").c_str()),
-          "cannot write stripe-code.kdat6");
-    Check(kSave6(maps.absolute, folder.File("absolute-phase.kdat6").c_str()),
-          "cannot write absolute-phase.kdat6");
+    auto save = [&](const std::string& name, kObject map)
+    {
+        std::string path = file(name + ".kdat6");
+        Check(kSave6(map, path.c_str()), "cannot write " + path);
+    };
+    save("phase", maps.phase);
+    save(codeName, maps.code);
+    save("absolute-phase", maps.absolute);
 }
 
-void WriteFrames(OutputFolder& folder, const std::vector<Handle>& frames)
+void WriteFrames(OutputFolder& folder, const std::string& where, const std::vector<Handle>& frames)
 {
     Progress progress("writing frames", frames.size());
     for (kSize i = 0; i < frames.size(); ++i, progress.Step())
     {
         char name[48];
         snprintf(name, sizeof(name), "frames/frame-%02zu.png", i);
-        std::string path = folder.File(name);
+        std::string path = folder.File((fs::path(where) / name).string());
         Check(kImage_Export(frames[i], path.c_str()), "cannot write " + path);
     }
 }

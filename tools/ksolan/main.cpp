@@ -1,8 +1,9 @@
-// ksolan: command-line front end of the library: the built-in demo scan, decoding of a user's
-// own stripe-and-phase frames, and what this build contains.
+// ksolan: command-line front end of the library: the built-in demo scans, decoding of a user's
+// own stripe-and-phase or embedded-phase frames, and what this build contains.
 #include "Demo.h"
 #include "Scan.h"
 
+#include <kSolan/S3d/kS3dEmbeddedPhaseDecoder.h>
 #include <kSolan/kSolan.h>
 
 #include <kTessel/kCudaUtils.h>
@@ -14,6 +15,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <cstdio>
 #include <string>
 
@@ -38,11 +40,25 @@ std::string VersionText(kVersion version)
            std::to_string(kVersion_Build(version));
 }
 
-void PrintWritten(const OutputFolder& folder)
+void PrintWritten(const std::string& path, const Encoding& encoding)
 {
-    printf("pictures: %s/{phase,absolute-phase,stripe-code,contrast,intensity}.png\n",
-           folder.Path().c_str());
-    printf("maps:     %s/{phase,stripe-code,absolute-phase}.kdat6\n", folder.Path().c_str());
+    const std::string code = encoding.CodeName();
+    printf("pictures: %s/{phase,absolute-phase,%s,contrast,intensity}.png\n", path.c_str(),
+           code.c_str());
+    printf("maps:     %s/{phase,%s,absolute-phase}.kdat6\n", path.c_str(), code.c_str());
+}
+
+/* Figures, times and files of one demo scan; `options` are the decode options that read its
+   frames back. */
+void PrintDemoScan(const DemoScan& scan, const std::string& path, const Encoding& encoding,
+                   const std::string& options)
+{
+    scan.accuracy.Print();
+    scan.times.Print();
+    PrintWritten(path, encoding);
+    printf("frames:   %s/frames/frame-00.png … frame-%02zu.png\n", path.c_str(), scan.frames - 1);
+    printf("decode them again: ksolan decode%s -o %s/decoded %s/frames/*.png\n", options.c_str(),
+           path.c_str(), path.c_str());
 }
 
 struct DemoOptions
@@ -56,39 +72,30 @@ struct DemoOptions
 void RunDemo(const DemoOptions& options)
 {
     const Encoding encoding;
-    StageTimes times;
     printf("demo scan: %zux%zu camera, sphere and step on a tilted plane; 1 reference, "
            "%zu stripe and %zu phase frames, fringe period %g projector columns, P = %u\n",
            options.width, options.height, encoding.stripes, encoding.phases, kDemoPeriod,
            encoding.phasePeriod);
     OutputFolder folder(options.output);
+    const DemoScan stripe =
+        RunDemoScan(folder, "", encoding, options.width, options.height, options.seed);
 
-    auto start = Clock::now();
-    ksim::FringeCamera camera(DemoScene(options.width, options.height, options.seed));
-    times.Add("scene and truth", SecondsSince(start));
-
-    start = Clock::now();
-    std::vector<Handle> frames = RenderFrames(camera, encoding);
-    times.Add("rendering", SecondsSince(start));
-
-    Maps maps = Decode(frames, encoding, times);
-
-    const double projector = kDemoPeriod * (1u << encoding.stripes);
-    Accuracy accuracy = Measure(maps, camera.GroundTruth(), encoding, projector);
-
-    start = Clock::now();
-    WriteMaps(folder, maps, encoding);
-    WriteFrames(folder, frames);
-    times.Add("writing files", SecondsSince(start));
+    const Encoding embedded = DemoEmbeddedEncoding();
+    const std::string embeddedPath = folder.Path() + "/embedded";
+    const DemoScan scan =
+        RunDemoScan(folder, "embedded", embedded, options.width, options.height, options.seed);
     folder.Commit();
 
-    accuracy.Print(encoding);
-    times.Print();
-    PrintWritten(folder);
-    printf("frames:   %s/frames/frame-00.png … frame-%02zu.png\n", folder.Path().c_str(),
-           frames.size() - 1);
-    printf("decode them again: ksolan decode -o %s/decoded %s/frames/*.png\n",
-           folder.Path().c_str(), folder.Path().c_str());
+    PrintDemoScan(stripe, folder.Path(), encoding, "");
+
+    printf("\nembedded-phase scan of the same scene: coefficients %s (periods %s projector "
+           "columns), %s, P = %u; %zu projector columns, each %g times as wide as above\n",
+           CommaList(embedded.coefficients).c_str(), CommaList(embedded.Periods()).c_str(),
+           embedded.FrameText().c_str(), embedded.phasePeriod, DemoProjectorWidth(embedded),
+           kEmbeddedColumnWidth);
+    PrintDemoScan(scan, embeddedPath, embedded,
+                  " --embedded " + CommaList(embedded.coefficients) + " --steps " +
+                      CommaList(embedded.steps));
 }
 
 void RunDecode(const std::vector<std::string>& paths, const Encoding& encoding,
@@ -102,7 +109,7 @@ void RunDecode(const std::vector<std::string>& paths, const Encoding& encoding,
 
     Maps maps = Decode(frames, encoding, times);
     start = Clock::now();
-    WriteMaps(folder, maps, encoding);
+    WriteMaps(folder, "", maps, encoding);
     times.Add("writing files", SecondsSince(start));
     folder.Commit();
 
@@ -114,7 +121,7 @@ void RunDecode(const std::vector<std::string>& paths, const Encoding& encoding,
     printf("decoded %zu frames of %zux%zu: %.2f %% of the pixels have an absolute phase\n",
            frames.size(), kImage_Width(frames[0]), kImage_Height(frames[0]), 100.0 * valid / count);
     times.Print();
-    PrintWritten(folder);
+    PrintWritten(folder.Path(), encoding);
 }
 
 void RunInfo(kAssembly assembly)
@@ -145,6 +152,20 @@ void RunInfo(kAssembly assembly)
     if (line.size() > 1) printf("%s\n", line.c_str());
 }
 
+/* CLI11's own positive-number check names its range with 300 digits; this one says it plainly. */
+CLI::Validator PositiveNumber()
+{
+    return CLI::Validator(
+        [](std::string& text)
+        {
+            double value = 0;
+            if (!CLI::detail::lexical_cast(text, value) || !(value > 0) || !std::isfinite(value))
+                return text + " is not a positive number";
+            return std::string();
+        },
+        "POSITIVE");
+}
+
 /* One line on stderr for every failure. */
 int Fail(std::string message)
 {
@@ -156,14 +177,15 @@ int Fail(std::string message)
 
 int main(int argc, char** argv)
 {
-    CLI::App app{"kSolan command-line tool: the demo scan, decoding of stripe-and-phase frames, "
-                 "and build information."};
+    CLI::App app{"kSolan command-line tool: the demo scans, decoding of stripe-and-phase or "
+                 "embedded-phase frames, and build information."};
     app.require_subcommand(1);
 
     DemoOptions demo;
     CLI::App* demoCommand =
-        app.add_subcommand("demo", "Render the built-in scan, decode it, report its accuracy "
-                                   "and write pictures, maps and frames.");
+        app.add_subcommand("demo", "Render the built-in scene as a stripe-and-phase and an "
+                                   "embedded-phase scan, decode both, report their accuracy and "
+                                   "write pictures, maps and frames.");
     demoCommand->add_option("-o,--output", demo.output, "Output folder")->capture_default_str();
     demoCommand->add_option("--width", demo.width, "Camera width in pixels")
         ->capture_default_str()
@@ -178,15 +200,19 @@ int main(int argc, char** argv)
     std::string decodeOutput = "ksolan-decode";
     CLI::App* decodeCommand = app.add_subcommand(
         "decode", "Decode stripe-and-phase frames (8-bit grey PNG or BMP): the reference frame, "
-                  "the stripe frames (most significant first), then the phase frames.");
+                  "the stripe frames (most significant first), then the phase frames; or, with "
+                  "--embedded and --steps, embedded-phase frames: one block of phase frames per "
+                  "frequency, finest first.");
     decodeCommand->add_option("frames", paths, "Frame files in projection order")->required();
     decodeCommand->add_option("-o,--output", decodeOutput, "Output folder")->capture_default_str();
-    decodeCommand->add_option("--stripes", encoding.stripes, "Gray-code stripe frames")
-        ->capture_default_str()
-        ->check(CLI::Range(1, 8));
-    decodeCommand->add_option("--phases", encoding.phases, "Phase-shifted fringe frames")
-        ->capture_default_str()
-        ->check(CLI::Range(3, 31));
+    CLI::Option* stripesOption =
+        decodeCommand->add_option("--stripes", encoding.stripes, "Gray-code stripe frames")
+            ->capture_default_str()
+            ->check(CLI::Range(1, 8));
+    CLI::Option* phasesOption =
+        decodeCommand->add_option("--phases", encoding.phases, "Phase-shifted fringe frames")
+            ->capture_default_str()
+            ->check(CLI::Range(3, 31));
     decodeCommand->add_option("--period", encoding.phasePeriod, "Phase period P (phase units)")
         ->capture_default_str()
         ->check(CLI::Range(1, 32767));
@@ -195,11 +221,31 @@ int main(int argc, char** argv)
                      "Fringe contrast a valid phase must exceed, grey levels")
         ->capture_default_str()
         ->check(CLI::Range(0, 255));
+    CLI::Option* stripeContrastOption =
+        decodeCommand
+            ->add_option("--stripe-contrast", encoding.stripeContrast,
+                         "Difference from the reference a stripe bit needs, grey levels")
+            ->capture_default_str()
+            ->check(CLI::Range(0, 255));
+    CLI::Option* embeddedOption =
+        decodeCommand
+            ->add_option("--embedded", encoding.coefficients,
+                         "Embedded-phase frames instead of stripes: period coefficients, finest "
+                         "first, in projector columns (7,7,14: periods 7, 49, 686)")
+            ->delimiter(',')
+            ->allow_extra_args(false)
+            ->check(PositiveNumber())
+            ->excludes(stripesOption)
+            ->excludes(phasesOption)
+            ->excludes(stripeContrastOption);
     decodeCommand
-        ->add_option("--stripe-contrast", encoding.stripeContrast,
-                     "Difference from the reference a stripe bit needs, grey levels")
-        ->capture_default_str()
-        ->check(CLI::Range(0, 255));
+        ->add_option("--steps", encoding.steps,
+                     "Embedded phase: phase-shifted frames per frequency (5,5,5)")
+        ->delimiter(',')
+        ->allow_extra_args(false)
+        ->check(CLI::Range(3, kS3D_EMBEDDED_PHASE_MAX_STEPS))
+        ->needs(embeddedOption);
+    embeddedOption->needs("--steps");
 
     CLI::App* infoCommand = app.add_subcommand("info", "Version, build options, registered types.");
 
@@ -226,7 +272,11 @@ int main(int argc, char** argv)
     try
     {
         if (demoCommand->parsed()) RunDemo(demo);
-        if (decodeCommand->parsed()) RunDecode(paths, encoding, decodeOutput);
+        if (decodeCommand->parsed())
+        {
+            encoding.Validate();
+            RunDecode(paths, encoding, decodeOutput);
+        }
         if (infoCommand->parsed()) RunInfo(assembly);
     }
     catch (const Error& e)
