@@ -250,8 +250,8 @@ EmbeddedPhaseScan RenderEmbeddedPhase(FringeCamera& camera, const std::vector<do
     scan.periods.resize(n);
     scan.patternPeriods.resize(n);
     if (n == 0 || stepCounts.size() != n ||
-        !kSuccess(kS3dEncodingMath_EmbeddedPhasePeriods(coefficients.data(), n,
-                                                        scan.periods.data(), n)) ||
+        !kSuccess(kS3dEncodingMath_EmbeddedPhasePeriods(coefficients.data(), n, scan.periods.data(),
+                                                        n)) ||
         !kSuccess(kS3dEncodingMath_PatternPhasePeriods(scan.periods.data(), n,
                                                        scan.patternPeriods.data(), n)))
         return scan;
@@ -263,8 +263,8 @@ EmbeddedPhaseScan RenderEmbeddedPhase(FringeCamera& camera, const std::vector<do
                                                         stepCounts.data(), n)) &&
         kSuccess(kS3dPatternSequence_Render(sequence, &rows)))
     {
-        scan.frames = camera.RenderAll(kArray2_DataT<k8u>(rows), kArray2_Length(rows, 0),
-                                       projectorWidth);
+        scan.frames =
+            camera.RenderAll(kArray2_DataT<k8u>(rows), kArray2_Length(rows, 0), projectorWidth);
     }
     kObject_Destroy(rows);
     kObject_Destroy(sequence);

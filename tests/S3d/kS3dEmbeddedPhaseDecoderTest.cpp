@@ -385,6 +385,19 @@ TEST_F(EmbeddedPhase, WrappedPhasesAreAtan2OfTheSums)
             EXPECT_LT(wrapped[i][p], 1.0f);
         }
     EXPECT_LT(worst, 5e-5) << "table arctangent, in periods";
+    // Contrast and intensity over the 5 frames of frequency 0 (the 4-byte statistics).
+    for (kSize p = 0; p < w * h; ++p)
+    {
+        int lo = 255, hi = 0, sum = 0;
+        for (kSize k = 0; k < 5; ++k)
+        {
+            lo = std::min<int>(lo, frames[k][p]);
+            hi = std::max<int>(hi, frames[k][p]);
+            sum += frames[k][p];
+        }
+        EXPECT_EQ(phases[p].contrast, hi - lo) << p;
+        EXPECT_EQ(phases[p].intensity, sum / 5) << p;
+    }
     kObject_Destroy(m);
     kObject_Dispose(states);
 }

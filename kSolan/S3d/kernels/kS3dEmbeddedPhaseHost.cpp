@@ -88,6 +88,54 @@ void Accumulate32s(k32s* pairs, const k8u* pixels, size_t count, k32s a, k32s b,
     else
         AccumulateRun<k32s, false>(pairs, pixels, count, a, b);
 }
+/*
+ * Statistics as 32-bit words, minimum | maximum << 8 | sum << 16 (the little-endian bytes of
+ * kS3dEmbeddedPhaseStats); the 16-bit sum wraps as the field does.
+ */
+HWY_INLINE uint32_t StatisticsWord(uint32_t w, uint32_t p, bool first)
+{
+    if (first) return p * 0x10101u;
+    const uint32_t lo = HWY_MIN(w & 0xFFu, p), hi = HWY_MAX((w >> 8) & 0xFFu, p);
+    return lo | hi << 8 | ((w >> 16) + p) << 16;
+}
+
+template <bool kFirst>
+HWY_INLINE void StatisticsRun(uint32_t* HWY_RESTRICT words, const k8u* HWY_RESTRICT pixels,
+                              size_t count)
+{
+    const hn::ScalableTag<uint32_t> d;
+    const hn::Rebind<uint8_t, decltype(d)> d8;
+    const size_t n = hn::Lanes(d);
+    const auto byteMask = hn::Set(d, 0xFFu);
+    size_t i = 0;
+    for (; i + n <= count; i += n)
+    {
+        const auto p = hn::PromoteTo(d, hn::LoadU(d8, pixels + i));
+        if constexpr (kFirst)
+        {
+            hn::StoreU(hn::Mul(p, hn::Set(d, 0x10101u)), d, words + i);
+        }
+        else
+        {
+            const auto w = hn::LoadU(d, words + i);
+            const auto lo = hn::Min(hn::And(w, byteMask), p);
+            const auto hi = hn::Max(hn::And(hn::ShiftRight<8>(w), byteMask), p);
+            const auto sum = hn::Add(hn::ShiftRight<16>(w), p);
+            hn::StoreU(hn::Or(lo, hn::Or(hn::ShiftLeft<8>(hi), hn::ShiftLeft<16>(sum))), d,
+                       words + i);
+        }
+    }
+    for (; i < count; ++i)
+        words[i] = StatisticsWord(words[i], pixels[i], kFirst);
+}
+
+void Statistics(uint32_t* words, const k8u* pixels, size_t count, bool first)
+{
+    if (first)
+        StatisticsRun<true>(words, pixels, count);
+    else
+        StatisticsRun<false>(words, pixels, count);
+}
 } // namespace HWY_NAMESPACE
 } // namespace xkS3dEmbeddedPhaseHost
 HWY_AFTER_NAMESPACE();
@@ -97,6 +145,7 @@ namespace xkS3dEmbeddedPhaseHost
 {
 HWY_EXPORT(Accumulate32f);
 HWY_EXPORT(Accumulate32s);
+HWY_EXPORT(Statistics);
 
 void Dispatch32f(k32f* pairs, const k8u* pixels, kSize count, k32f a, k32f b, kBool first)
 {
@@ -106,6 +155,13 @@ void Dispatch32f(k32f* pairs, const k8u* pixels, kSize count, k32f a, k32f b, kB
 void Dispatch32s(k32s* pairs, const k8u* pixels, kSize count, k32s a, k32s b, kBool first)
 {
     HWY_DYNAMIC_DISPATCH(Accumulate32s)(pairs, pixels, count, a, b, first != kFALSE);
+}
+
+void DispatchStatistics(kS3dEmbeddedPhaseStats* stats, const k8u* pixels, kSize count, kBool first)
+{
+    static_assert(sizeof(kS3dEmbeddedPhaseStats) == sizeof(uint32_t), "one word per pixel");
+    HWY_DYNAMIC_DISPATCH(Statistics)
+    (reinterpret_cast<uint32_t*>(stats), pixels, count, first != kFALSE);
 }
 } // namespace xkS3dEmbeddedPhaseHost
 
@@ -124,20 +180,6 @@ void xkS3dEmbeddedPhaseHost_Accumulate32s(k32s* pairs, const k8u* pixels, kSize 
 void xkS3dEmbeddedPhaseHost_Statistics(kS3dEmbeddedPhaseStats* stats, const k8u* pixels,
                                        kSize count, kBool first)
 {
-    if (first)
-    {
-        for (kSize i = 0; i < count; ++i)
-            stats[i] = kS3dEmbeddedPhaseStats{pixels[i], pixels[i], pixels[i]};
-        return;
-    }
-    for (kSize i = 0; i < count; ++i)
-    {
-        const k8u p = pixels[i];
-        kS3dEmbeddedPhaseStats s = stats[i];
-        s.minimum = p < s.minimum ? p : s.minimum;
-        s.maximum = p > s.maximum ? p : s.maximum;
-        s.sum = (k16u)(s.sum + p);
-        stats[i] = s;
-    }
+    xkS3dEmbeddedPhaseHost::DispatchStatistics(stats, pixels, count, first);
 }
 #endif
