@@ -183,8 +183,10 @@ TEST(KppPoint, CastConversionRules)
     ExpectPoint(Point3d16s::Cast(Point3d32f(40000.7f, -40000.7f, 65537.5f)), 40000 - 65536,
                 -40000 + 65536, 1);
     ExpectPoint(Point3d16u::Cast(Point3d32f(-1.5f, 65536.0f, 70000.25f)), 65535, 0, 70000 - 65536);
-    // Values far past 16 bits (the float null among them) and NaN: exact low bits, no trap.
+    // Values far past 16 bits (the float null among them): exact low bits; NaN and infinities: 0.
     ExpectPoint(Point3d16s::Cast(Point3d32f(k32F_NULL, 1e20f, std::nanf(""))), 0, 0, 0);
+    const float inf = std::numeric_limits<float>::infinity();
+    ExpectPoint(Point3d16u::Cast(Point3d32f(inf, -inf, -1e20f)), 0, 0, 0);
     ExpectPoint(Point3d16s::Cast(Point3d32f(16777216.0f + 2.0f * 65536.0f + 8.0f, 0, 0)), 8, 0, 0);
 
     // double to float: ordinary rounding conversion.

@@ -68,8 +68,8 @@ KPP_POINT_TYPE(kPoint64f);
 /**
  * Component conversion between point types. Real to integer truncates toward zero and keeps
  * the low bits of the integer type (exact through fmod, so huge values and the real nulls
- * give 0 rather than undefined behaviour; NaN gives 0). Everything else is the ordinary
- * conversion (double to float rounds; integer to integer keeps the low bits).
+ * give 0 rather than undefined behaviour; NaN and infinities give 0). Everything else is the
+ * ordinary conversion (double to float rounds; integer to integer keeps the low bits).
  */
 template <typename To, typename From>
 inline To Convert(From v)
@@ -77,7 +77,7 @@ inline To Convert(From v)
     if constexpr (std::is_integral_v<To> && std::is_floating_point_v<From>)
     {
         static_assert(sizeof(To) <= 4, "integer point components are at most 32 bits");
-        if (!(v == v)) return To(0);
+        if (!std::isfinite(v)) return To(0);
         const double low = std::fmod(std::trunc((double)v), 4294967296.0);
         return (To)(k64s)low;
     }
