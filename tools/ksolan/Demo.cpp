@@ -96,8 +96,9 @@ ksim::Scene DemoScene(kSize width, kSize height, k32u seed, const Encoding& enco
     scene.width = width;
     scene.height = height;
     const double columnWidth = encoding.IsEmbedded() ? kEmbeddedColumnWidth : 1.0;
+    const double shift = encoding.IsEmbedded() ? kEmbeddedColumnShift : 0.0;
     scene.column = [=](double x, double y)
-    { return (40 + 1.45 * x + 0.12 * y + kDepthShift * heightAt(x, y)) / columnWidth; };
+    { return shift + (40 + 1.45 * x + 0.12 * y + kDepthShift * heightAt(x, y)) / columnWidth; };
     scene.albedo = ksim::SmoothAlbedo(0.45, 1.0, w, h);
     scene.gain = 0.9;
     scene.ambient = 8;

@@ -23,9 +23,18 @@ constexpr double kDemoPeriod = 32;
  * (2.4) and the flanks of the block's step (about 3.5), so the embedded projector has wider
  * columns: 2.4 pixels each on the plane, 1.5 on the sphere, about 1 on the step's flanks (at
  * 2.5 stripe columns the flanks see 0.7 pixels a column and lose the fringe order there). The
- * scene then spans about 300 of its 686 columns.
+ * scene then spans about 300 of its 686 columns at 640 × 480.
  */
 constexpr double kEmbeddedColumnWidth = 3.5;
+
+/**
+ * Embedded-projector columns left of the scene, which puts a 640 × 480 scene in the middle of
+ * the projector (columns 190 … 480). The decoder takes the coarsest beat (686 columns) to run
+ * from 0 at the start of each row to 1 at its end and forgives 0.1 of a beat at the ends: a row
+ * that sees only a short piece of the beat, as a small camera does, keeps it away from 0 and 1,
+ * or its right half would be taken for the next beat.
+ */
+constexpr double kEmbeddedColumnShift = 180;
 
 /** The demo's embedded-phase sequence: coefficients 7, 7, 14 (periods 7, 49, 686), 5 steps each. */
 Encoding DemoEmbeddedEncoding();
@@ -34,8 +43,8 @@ Encoding DemoEmbeddedEncoding();
  * A tilted plane carrying a spherical cap and a raised block with a steep, smooth step,
  * seen by a camera of the given size with blur, ambient light and sensor noise, lit by the
  * projector of the encoding. The stripe projector is kDemoPeriod × 2^stripes columns wide, and
- * the plane runs off its right edge in one corner; an embedded projector is C_last columns of
- * kEmbeddedColumnWidth stripe columns each.
+ * the plane runs off its right edge in one corner; an embedded projector has C_last columns of
+ * kEmbeddedColumnWidth stripe columns each, the scene starting kEmbeddedColumnShift columns in.
  */
 ksim::Scene DemoScene(kSize width, kSize height, k32u seed, const Encoding& encoding);
 
