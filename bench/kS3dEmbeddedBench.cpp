@@ -16,7 +16,7 @@
 
 #include <chrono>
 #include <cstring>
-#include <thread>
+#include <algorithm>
 #include <vector>
 
 namespace
@@ -144,35 +144,47 @@ BENCHMARK(EmbeddedSequence)
     ->Iterations(4)
     ->Unit(benchmark::kMillisecond);
 
-/* Reads the frame and read-modify-writes one float pair per pixel, rows split over threads. */
+/* Reads the frame and read-modify-writes one float pair per pixel, in the decoder's row blocks
+   on a job queue of `workers` threads (0: inline). */
+struct Traffic
+{
+    const k8u* pixels;
+    float* pairs;
+    kSize rows;
+};
+
+kStatus TrafficRows(kPointer context, kSize block)
+{
+    const Traffic* t = static_cast<const Traffic*>(context);
+    const kSize first = block * t->rows, end = std::min(first + t->rows, kHeight);
+    for (kSize i = first * kWidth; i < end * kWidth; ++i)
+    {
+        const float v = t->pixels[i];
+        t->pairs[2 * i] += v;
+        t->pairs[2 * i + 1] += v;
+    }
+    return kOK;
+}
+
 void TrafficReference(benchmark::State& state)
 {
     Fixture& f = TheFixture();
-    const kSize threads = (kSize)state.range(0);
+    const kSize workers = (kSize)state.range(0);
     std::vector<float> pairs(2 * kArea, 0.0f);
-    const k8u* pixels = static_cast<const k8u*>(kImage_Data(f.images[1]));
-    auto run = [&](kSize first, kSize end)
-    {
-        float* out = pairs.data();
-        for (kSize i = first; i < end; ++i)
-        {
-            const float v = pixels[i];
-            out[2 * i] += v;
-            out[2 * i + 1] += v;
-        }
-    };
+    kVsJobQueue queue = kNULL;
+    if (workers > 0) kVsJobQueue_Construct(&queue, workers, kNULL);
+    Traffic traffic{static_cast<const k8u*>(kImage_Data(f.images[1])), pairs.data(),
+                    workers > 0 ? kHeight / workers + 1 : kHeight};
     for (auto _ : state)
     {
-        std::vector<std::thread> workers;
-        const kSize block = kArea / threads;
-        for (kSize t = 1; t < threads; ++t)
-            workers.emplace_back(run, t * block, t + 1 == threads ? kArea : (t + 1) * block);
-        run(0, threads > 1 ? block : kArea);
-        for (std::thread& w : workers)
-            w.join();
+        if (queue)
+            kVsJobQueue_RunIndexedBatch(queue, TrafficRows, &traffic, workers);
+        else
+            TrafficRows(&traffic, 0);
         benchmark::DoNotOptimize(pairs.data());
     }
+    kObject_Destroy(queue);
     state.SetBytesProcessed((int64_t)state.iterations() * kArea * (1 + 2 * 8));
 }
-BENCHMARK(TrafficReference)->Arg(1)->Arg(2)->UseRealTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(TrafficReference)->Arg(0)->Arg(1)->Arg(2)->UseRealTime()->Unit(benchmark::kMillisecond);
 } // namespace
