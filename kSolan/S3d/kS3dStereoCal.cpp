@@ -212,9 +212,9 @@ kStatus ReadRecord(kS3dStereoCalClass* cal, kDataTree tree, kDataTreeItem item)
     kCheck(ReadOptional32u(tree, item, "Attributes\\PhaseRepetitions", &p.PhaseRepetitions,
                            k32U_NULL));
 
-    for (kSize which = 0; which < 3; ++which)
+    for (kSize view = 0; view < 2; ++view)
     {
-        for (kSize view = 0; view < 2; ++view)
+        for (kSize which = 0; which < 3; ++which)
         {
             kBool* flag = &FlagsOf(cal, which)[view];
             status = kDataTree_ChildBool(tree, item, kFlagKeys[which][view], flag);
@@ -257,8 +257,8 @@ kStatus WriteRecord(kS3dStereoCalClass* cal, kDataTree tree, kDataTreeItem item)
     }
     kCheck(kDataTree_SetChild32u(tree, item, "Attributes\\PhasePeriod", p.PhasePeriod));
     kCheck(kDataTree_SetChild32u(tree, item, "Attributes\\PhaseRepetitions", p.PhaseRepetitions));
-    for (kSize which = 0; which < 3; ++which)
-        for (kSize view = 0; view < 2; ++view)
+    for (kSize view = 0; view < 2; ++view)
+        for (kSize which = 0; which < 3; ++which)
             kCheck(kDataTree_SetChildBool(tree, item, kFlagKeys[which][view],
                                           FlagsOf(cal, which)[view]));
     for (const ArraySlot& slot : kArrays)

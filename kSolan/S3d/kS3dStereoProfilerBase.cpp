@@ -90,7 +90,7 @@ bool RecordUsable(kS3dStereoCal cal)
  * without a valid cell gives origin k32S_NULL and count 1. Computed in 64 bits: begins come
  * from files.
  */
-kStatus xkS3dStereoProfilerBase_FindLutBounds(kArray2 map, k32u step, k64s* origin, k64s* count)
+void xkS3dStereoProfilerBase_FindLutBounds(kArray2 map, k32u step, k64s* origin, k64s* count)
 {
     const kPoint32s* cells = kArray2_DataT<kPoint32s>(map);
     const kSize cellCount = kArray2_Count(map);
@@ -109,11 +109,10 @@ kStatus xkS3dStereoProfilerBase_FindLutBounds(kArray2 map, k32u step, k64s* orig
     {
         *origin = k32S_NULL;
         *count = 1;
-        return kOK;
+        return;
     }
     *origin = first;
     *count = step ? (last - first) / (k64s)step + 1 : 1;
-    return kOK;
 }
 
 bool EntriesFit(k64u countX, k64u countY, k64s countZ)
@@ -369,8 +368,8 @@ kStatus xkS3dStereoProfilerBase_InitFields(kS3dStereoProfilerBase profiler,
                cp->PhaseYBegin, cp->PhaseXStep, cp->PhaseYStep, cp->PhasePStep);
 
     k64s dispOrigin, dispCount;
-    kCheck(xkS3dStereoProfilerBase_FindLutBounds(kS3dStereoCal_DisparityMap(cal),
-                                                 cp->DisparityDStep, &dispOrigin, &dispCount));
+    xkS3dStereoProfilerBase_FindLutBounds(kS3dStereoCal_DisparityMap(cal), cp->DisparityDStep,
+                                          &dispOrigin, &dispCount);
     kCheckArgs(EntriesFit(cp->DisparityXCount, cp->DisparityYCount, dispCount));
     obj->dispParams.originZ = (k32s)dispOrigin;
     obj->dispParams.countZ = (k32u)dispCount;
@@ -379,10 +378,10 @@ kStatus xkS3dStereoProfilerBase_InitFields(kS3dStereoProfilerBase profiler,
     // valid the table is one null layer at k32S_NULL, like an empty disparity map.
     k64s min0, count0, min1, count1;
     const k64s pStep = cp->PhasePStep;
-    kCheck(xkS3dStereoProfilerBase_FindLutBounds(kS3dStereoCal_PhaseMap0(cal), cp->PhasePStep,
-                                                 &min0, &count0));
-    kCheck(xkS3dStereoProfilerBase_FindLutBounds(kS3dStereoCal_PhaseMap1(cal), cp->PhasePStep,
-                                                 &min1, &count1));
+    xkS3dStereoProfilerBase_FindLutBounds(kS3dStereoCal_PhaseMap0(cal), cp->PhasePStep, &min0,
+                                          &count0);
+    xkS3dStereoProfilerBase_FindLutBounds(kS3dStereoCal_PhaseMap1(cal), cp->PhasePStep, &min1,
+                                          &count1);
     const bool valid0 = min0 != k32S_NULL, valid1 = min1 != k32S_NULL;
     k64s phaseOrigin = k32S_NULL, phaseCount = 1;
     if (valid0 || valid1)
@@ -484,6 +483,9 @@ kFx(kStatus) kS3dStereoProfilerBase_UpdateWindow(kS3dStereoProfilerBase profiler
 {
     kObjR(kS3dStereoProfilerBase, profiler);
     kCheckArgs(window0 && window1);
+    // Sub-sampling becomes a shift of 32-bit coordinates: at most 2^16.
+    kCheckArgs(window0->xSubsampling <= 65536 && window0->ySubsampling <= 65536 &&
+               window1->xSubsampling <= 65536 && window1->ySubsampling <= 65536);
     kS3dStereoProfilerLutParams2d& rp = obj->rectParams;
     const kL3dCameraWindow* windows[2] = {window0, window1};
     const k32u invertX[2] = {rp.invertX0, rp.invertX1};

@@ -65,7 +65,8 @@ kDeclareClass(kS3dStereoProfilerBase, kObject);
  * Both views share the shifts and view 1 is applied last, so view 1's sub-sampling governs
  * both; this is intended, and the two windows are expected to use the same sub-sampling.
  *
- * @return kOK; kSTATUS_BAD_PARAMETER for a missing window.
+ * @return kOK; kSTATUS_BAD_PARAMETER (nothing changed) for a missing window or a sub-sampling
+ *         above 65536.
  */
 kFx(kStatus) kS3dStereoProfilerBase_UpdateWindow(kS3dStereoProfilerBase profiler,
                                                  const kL3dCameraWindow* window0,

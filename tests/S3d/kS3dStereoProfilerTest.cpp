@@ -339,6 +339,9 @@ TEST_F(StereoProfiler, WindowsFollowInversionTranspositionAndSubsampling)
     EXPECT_EQ(rp->windowShiftX, 0u); // transposed view 1: its y sub-sampling of 1
     EXPECT_EQ(rp->windowShiftY, 1u);
     EXPECT_EQ(kS3dStereoProfiler_UpdateWindow(profiler, &plain, kNULL), kSTATUS_BAD_PARAMETER);
+    const kL3dCameraWindow huge{0, 0, 8, 8, 1u << 20, 1};
+    EXPECT_EQ(kS3dStereoProfiler_UpdateWindow(profiler, &plain, &huge), kSTATUS_BAD_PARAMETER);
+    EXPECT_EQ(rp->windowShiftY, 1u); // unchanged
 
     CalHolder straight;
     ASSERT_EQ(BuildAffineCal(&straight), kOK);
