@@ -24,11 +24,19 @@
  * - Phase of projector column u for fringe period p: u / p − 1 periods; the phase tables hold
  *   65536 × (u / p − 1), as the phase processor looks them up.
  *
- * The calibration is built through the library's own record (kS3dStereoCal): projection grids
- * at every (ProjectionXStep, ProjectionYStep) image point; a disparity lattice covering view
- * 0's rectified image and a phase lattice covering both views' rectified images, every cell
- * holding entries for the depths referenceZ-relative disparities and phases of zMin … zMax
- * plus one step on each side.
+ * The calibration is built through the library's own record (kS3dStereoCal):
+ * - projection grids at every (ProjectionXStep, ProjectionYStep) image point, rounded to
+ *   projection units;
+ * - a disparity lattice covering view 0's rectified image, every cell with the disparities of
+ *   zMin … zMax plus one step on either side (the same range in every cell);
+ * - a phase lattice covering both views' rectified images, every cell with the phases that
+ *   the rays of the lattice squares around it see between zMin and zMax, plus one step, so
+ *   that the eight corners of any lookup inside the range exist.
+ * Accuracy is set by the lattice: with the defaults the disparity path returns rig points
+ * within about 1 count RMS of 0.02 mm over 100 … 300 mm. The phase path maps a camera ray
+ * against a projector plane, whose depth varies strongly across a lattice square (about 9 mm
+ * per mm on the reference plane at 300 mm), so it needs a lattice of 128 … 256 units and
+ * 1/8 … 1/16-period steps for 2 counts; the defaults are coarse to keep tables small.
  */
 #ifndef K_SIM_STEREO_RIG_H
 #define K_SIM_STEREO_RIG_H
