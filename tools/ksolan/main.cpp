@@ -77,23 +77,23 @@ void RunDemo(const DemoOptions& options)
            options.width, options.height, encoding.stripes, encoding.phases, kDemoPeriod,
            encoding.phasePeriod);
     OutputFolder folder(options.output);
-    const DemoScan stripe =
+    const DemoScan stripeScan =
         RunDemoScan(folder, "", encoding, options.width, options.height, options.seed);
 
     const Encoding embedded = DemoEmbeddedEncoding();
     const std::string embeddedPath = folder.Path() + "/embedded";
-    const DemoScan scan =
+    const DemoScan embeddedScan =
         RunDemoScan(folder, "embedded", embedded, options.width, options.height, options.seed);
     folder.Commit();
 
-    PrintDemoScan(stripe, folder.Path(), encoding, "");
+    PrintDemoScan(stripeScan, folder.Path(), encoding, "");
 
     printf("\nembedded-phase scan of the same scene: coefficients %s (periods %s projector "
            "columns), %s, P = %u; %zu projector columns, each %g times as wide as above\n",
            CommaList(embedded.coefficients).c_str(), CommaList(embedded.Periods()).c_str(),
            embedded.FrameText().c_str(), embedded.phasePeriod, DemoProjectorWidth(embedded),
            kEmbeddedColumnWidth);
-    PrintDemoScan(scan, embeddedPath, embedded,
+    PrintDemoScan(embeddedScan, embeddedPath, embedded,
                   " --embedded " + CommaList(embedded.coefficients) + " --steps " +
                       CommaList(embedded.steps));
 }
