@@ -138,8 +138,8 @@ kFx(kSize) kS3dEmbeddedPhaseDecoder_SequenceLength(kS3dEmbeddedPhaseDecoder deco
  * Builds the shift matrix (when the sequence changed), the accumulators, the statistics, the
  * smoothing map and scratch. Begin calls it; call it early to allocate up front.
  *
- * @return kOK; kSTATUS_BAD_PARAMETER for a block of more than 30 steps or a sequence whose
- *         shift matrix cannot be formed; allocation failures.
+ * @return kOK; kSTATUS_BAD_PARAMETER without a sequence, for a block of more than 30 steps or
+ *         a sequence whose shift matrix cannot be formed; allocation failures.
  */
 kFx(kStatus) kS3dEmbeddedPhaseDecoder_Setup(kS3dEmbeddedPhaseDecoder decoder);
 

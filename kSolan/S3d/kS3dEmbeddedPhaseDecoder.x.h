@@ -39,7 +39,7 @@ typedef struct xkS3dEmbeddedPhaseCore
     kSize sequenceLength;
     kSize phasePeriod;
     kSize contrastThreshold;
-    kSize window; // Kuwahara window
+    kSize window; // Kuwahara window, 15: quadrants of at most 64 samples keep the sums exact
     k32s orientation;
     kArray2 shiftMatrix;  // (2n + 1) × sequence length, k64f or k32s
     kArray1 frameCoefs;   // Coef, sequence length × n × 2: (a, b) of frame k, frequency i
@@ -474,8 +474,7 @@ inline kStatus xkS3dEmbeddedPhaseCore_Record(xkS3dEmbeddedPhaseCore* core, kAllo
     return status;
 }
 
-template <class A>
-kArray2 xkS3dEmbeddedPhaseCore_Phase(const xkS3dEmbeddedPhaseCore* core, kSize i)
+inline kArray2 xkS3dEmbeddedPhaseCore_Phase(const xkS3dEmbeddedPhaseCore* core, kSize i)
 {
     return *kArray1_AtT<kArray2>(core->phases, i);
 }
@@ -516,7 +515,7 @@ template <class A>
 void xkS3dEmbeddedPhaseCore_Export(xkS3dEmbeddedPhaseCore* core, kArray2 order)
 {
     using V = typename A::Value;
-    const V* phi0 = kArray2_DataT<V>(xkS3dEmbeddedPhaseCore_Phase<A>(core, 0));
+    const V* phi0 = kArray2_DataT<V>(xkS3dEmbeddedPhaseCore_Phase(core, 0));
     const V* k = kArray2_DataT<V>(order);
     const kS3dEmbeddedPhaseStats* stats = kArray2_DataT<kS3dEmbeddedPhaseStats>(core->statistics);
     const kSize steps0 = kArray1_DataT<kSize>(core->stepCounts)[0];
@@ -550,8 +549,8 @@ kStatus xkS3dEmbeddedPhaseCore_Finish(xkS3dEmbeddedPhaseCore* core, kAlloc alloc
 
     for (kSize i = 0; i < n; ++i)
         kCheck(xkS3dEmbeddedPhaseCore_WrappedPhase<A>(core, alloc, i));
-    kArray2 phi0 = xkS3dEmbeddedPhaseCore_Phase<A>(core, 0);
-    kArray2 last = xkS3dEmbeddedPhaseCore_Phase<A>(core, m);
+    kArray2 phi0 = xkS3dEmbeddedPhaseCore_Phase(core, 0);
+    kArray2 last = xkS3dEmbeddedPhaseCore_Phase(core, m);
 
     if (n == 2 && !core->states)
     {
@@ -567,12 +566,12 @@ kStatus xkS3dEmbeddedPhaseCore_Finish(xkS3dEmbeddedPhaseCore* core, kAlloc alloc
     // path step for step (recording does nothing then).
     kCheck(xkS3dEmbeddedPhaseCore_Record(core, alloc));
     for (kSize i = 1; i < m; ++i)
-        kCheck(xkS3dEmbeddedPhase_SubtractPhase<A>(xkS3dEmbeddedPhaseCore_Phase<A>(core, i), phi0));
+        kCheck(xkS3dEmbeddedPhase_SubtractPhase<A>(xkS3dEmbeddedPhaseCore_Phase(core, i), phi0));
     kCheck(xkS3dEmbeddedPhase_SubtractPhaseBase<A>(last, phi0, core->orientation));
     kCheck(xkS3dEmbeddedPhaseCore_Record(core, alloc));
     for (kSize j = m; j-- > 0;)
     {
-        kArray2 phi = xkS3dEmbeddedPhaseCore_Phase<A>(core, j);
+        kArray2 phi = xkS3dEmbeddedPhaseCore_Phase(core, j);
         kCheck(xkS3dEmbeddedPhaseCore_SmoothInPlace<A>(core, last, alloc));
         kCheck(xkS3dEmbeddedPhaseCore_Record(core, alloc));
         // The last ramp takes the first pattern period (equal to the first cumulative one).

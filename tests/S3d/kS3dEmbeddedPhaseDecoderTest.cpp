@@ -652,6 +652,10 @@ TEST_F(EmbeddedPhase, RefusalsAndStates)
     Frame frame(w, h), small(w - 1, h), wide(w, h, nullptr, kTypeOf(k16u));
 
     EXPECT_EQ(kS3dEmbeddedPhaseDecoder_Update(decoder, frame), kSTATUS_BAD_STATE) << "before Begin";
+    kS3dEmbeddedPhaseDecoder empty = kNULL;
+    ASSERT_EQ(kS3dEmbeddedPhaseDecoder_Construct(&empty, kNULL), kOK);
+    EXPECT_EQ(kS3dEmbeddedPhaseDecoder_Setup(empty), kSTATUS_BAD_PARAMETER) << "no sequence";
+    kObject_Destroy(empty);
     EXPECT_EQ(kS3dEmbeddedPhaseDecoder_Begin(decoder, shortCodes, phases), kSTATUS_BAD_PARAMETER);
     EXPECT_EQ(kS3dEmbeddedPhaseDecoder_Begin(decoder, codes, wrongType), kSTATUS_BAD_PARAMETER);
     ASSERT_EQ(kS3dEmbeddedPhaseDecoder_Begin(decoder, codes, phases), kOK);
