@@ -49,6 +49,18 @@ inline kStatus xkS3dPhaseFilter_RunBatches(kVsJobQueue queue, kVsJobFx job, kPoi
     return kOK;
 }
 
+/**
+ * 1 when a − b, taken exactly, lies within ±limit (limit ≥ 0), else 0. In 32-bit arithmetic
+ * and without branches, so that loops over pixels vectorise; a difference that wraps is never
+ * within.
+ */
+inline k32s xkS3dPhaseFilter_IsWithin(k32s a, k32s b, k32s limit)
+{
+    const k32s difference = (k32s)((k32u)a - (k32u)b);
+    const k32s wrapped = ((a ^ b) & (a ^ difference)) < 0;
+    return !wrapped & (difference >= -limit) & (difference <= limit);
+}
+
 /** True for a host-readable kArray2 of itemType; rows and columns receive its shape. */
 inline kBool xkS3dPhaseFilter_IsMap(kArray2 map, kType itemType, kSize* rows, kSize* columns)
 {

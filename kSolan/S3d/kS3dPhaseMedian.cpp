@@ -44,16 +44,6 @@ inline k32s CheckPhaseLimit(k32s value, k32s reference, k32s period, k32s limit)
 /* Pixels per chunk of a line: the references of a chunk stay in the first-level cache. */
 constexpr kSize kChunk = 256;
 
-/* True when value − reference, taken exactly, lies within ±limit (limit ≥ 0). 32-bit
-   arithmetic only, so that the loop over a chunk vectorises: a wrapped difference is never
-   near. */
-inline k32s IsNear(k32s value, k32s reference, k32s limit)
-{
-    const k32s difference = (k32s)((k32u)value - (k32u)reference);
-    const k32s wrapped = ((value ^ reference) & (value ^ difference)) < 0;
-    return !wrapped & (difference >= -limit) & (difference <= limit);
-}
-
 /*
  * One pass over the pixels (y, x), y in rows, x in columns, of a map `width` items wide: the
  * reference of a pixel is the cascade of three-point medians with its neighbours at
@@ -97,7 +87,7 @@ void MedianBlock(const k32s* scratch, k32s* data, kSize width, xkS3dLineRange ro
                 const k32s value = out[i], m = reference[i];
                 const k32s valid = (value != 0) & (m != 0);
                 out[i] = value & -valid;
-                far |= valid & !IsNear(value, m, limit);
+                far |= valid & !xkS3dPhaseFilter_IsWithin(value, m, limit);
             }
             if (!far) continue;
 

@@ -79,14 +79,14 @@ xkS3dLineRange Interior(kSize count)
     return (count > 2 * kReach) ? xkS3dLineRange{kReach, count - kReach} : xkS3dLineRange{0, 0};
 }
 
-/* The area rule for one pixel: input o, box mean s over `count` pixels, deviation m. */
+/*
+ * The area rule for a pixel that moves (box count above 1, d = |o − s| above m): input o, box
+ * mean s over `count` pixels, deviation m, blend width w. Beyond 3m it takes n, the mean of the
+ * others of its box; in between it blends from o towards n.
+ */
 k32s AreaValue(k32s o, k32s s, k8u count, k64s m, k64s w)
 {
-    if (count <= 1) return o;
-
     const k64s d = (o > s) ? (k64s)o - s : (k64s)s - o;
-    if (d <= m) return o;
-
     const k64s n = ((k64s)s * count - o) / (count - 1);
     if (d > 3 * m) return (k32s)n;
 
@@ -304,13 +304,36 @@ kFx(kStatus) kS3dPhaseOutlier_AreaThread(kPointer filter, kSize batch)
     kObjR(kS3dPhaseOutlier, filter);
     kCheckState(obj->data);
     const xkS3dLineRange rows = xkS3dPhaseFilter_Batch(obj->batchSize, obj->height, batch);
+    const kSize end = rows.end * obj->width;
     const k32s* input = kArray2_DataT<k32s>(obj->copy);
     const k8u* mask = kArray2_DataT<k8u>(obj->mask);
     k32s* data = kArray2_DataT<k32s>(obj->data);
-    const k64s m = kMax_((k64s)obj->deviation, (k64s)1);
-    const k64s w = kMax_(3 * m - m, (k64s)1);
+    const k32s m = kMax_(obj->deviation, 1);
+    const k64s w = kMax_(3 * (k64s)m - m, (k64s)1);
+    k8u moved[kChunk];
 
-    for (kSize i = rows.begin * obj->width; i < rows.end * obj->width; ++i)
-        data[i] = AreaValue(input[i], data[i], mask[i], m, w);
+    /* Most pixels keep their input: one sweep that vectorises settles those, the rule is
+       evaluated for the others only. */
+    for (kSize first = rows.begin * obj->width; first < end; first += kChunk)
+    {
+        const kSize count = kMin_(kChunk, end - first);
+        const k32s* o = input + first;
+        k32s* s = data + first;
+        const k8u* c = mask + first;
+        k32s any = 0;
+
+#pragma omp simd reduction(| : any)
+        for (kSize i = 0; i < count; ++i)
+        {
+            const k32s keep = (c[i] <= 1) | xkS3dPhaseFilter_IsWithin(o[i], s[i], m);
+            s[i] = keep ? o[i] : s[i];
+            moved[i] = (k8u)!keep;
+            any |= !keep;
+        }
+        if (!any) continue;
+
+        for (kSize i = 0; i < count; ++i)
+            if (moved[i]) s[i] = AreaValue(o[i], s[i], c[i], m, w);
+    }
     return kOK;
 }
