@@ -112,7 +112,7 @@ struct FloatArith
     }
     static k32f FromFixed(k64s sum, k64s count)
     {
-        return (k32f)((double)sum / (double)count / xkS3D_EMBEDDED_KUWAHARA_ONE);
+        return (k32f)((double)sum / (double)count * (1.0 / xkS3D_EMBEDDED_KUWAHARA_ONE));
     }
 
     static k16s ExportPhase(k32f phi0, kSize period)

@@ -24,6 +24,7 @@
 #include <kSolan/S3d/kernels/kS3dEmbeddedPhaseHost.h>
 
 #include <algorithm>
+#include <type_traits>
 
 /** State shared by both decoders; the instance structs hold it after their object header. */
 typedef struct xkS3dEmbeddedPhaseCore
@@ -224,40 +225,49 @@ void xkS3dEmbeddedPhase_KuwaharaRows(const typename A::Value* source, typename A
                                      xkS3dEmbeddedCell* up, xkS3dEmbeddedCell* down)
 {
     using V = typename A::Value;
-    auto addRow = [&](xkS3dEmbeddedCell* cells, kSize row, k64s sign)
+    // Adds (or, with std::true_type, removes) one source row to a row of column sums.
+    auto addRow = [&](xkS3dEmbeddedCell* cells, kSize row, auto remove)
     {
         const V* in = source + row * width;
         for (kSize x = 0; x < width; ++x)
         {
             if (in[x] == A::kInvalid) continue;
             const k64s q = A::ToFixed(in[x]);
-            cells[x].sum += sign * q;
-            cells[x].squares += sign * q * q;
-            cells[x].count += sign;
+            xkS3dEmbeddedCell& c = cells[x];
+            if constexpr (decltype(remove)::value)
+                c = xkS3dEmbeddedCell{c.sum - q, c.squares - q * q, c.count - 1};
+            else
+                c = xkS3dEmbeddedCell{c.sum + q, c.squares + q * q, c.count + 1};
         }
+    };
+    auto add = [](xkS3dEmbeddedCell& s, const xkS3dEmbeddedCell& c)
+    {
+        s.sum += c.sum;
+        s.squares += c.squares;
+        s.count += c.count;
+    };
+    auto sub = [](xkS3dEmbeddedCell& s, const xkS3dEmbeddedCell& c)
+    {
+        s.sum -= c.sum;
+        s.squares -= c.squares;
+        s.count -= c.count;
     };
     std::fill(up, up + width, xkS3dEmbeddedCell{0, 0, 0});
     std::fill(down, down + width, xkS3dEmbeddedCell{0, 0, 0});
     for (kSize r = (first > h ? first - h : 0); r <= first; ++r)
-        addRow(up, r, 1);
+        addRow(up, r, std::false_type{});
     for (kSize r = first; r < height && r <= first + h; ++r)
-        addRow(down, r, 1);
+        addRow(down, r, std::false_type{});
 
     for (kSize y = first; y < end; ++y)
     {
         xkS3dEmbeddedCell quad[4] = {}; // above-left, above-right, below-left, below-right
-        auto add = [](xkS3dEmbeddedCell& s, const xkS3dEmbeddedCell& c, k64s sign)
-        {
-            s.sum += sign * c.sum;
-            s.squares += sign * c.squares;
-            s.count += sign * c.count;
-        };
-        add(quad[0], up[0], 1);
-        add(quad[2], down[0], 1);
+        add(quad[0], up[0]);
+        add(quad[2], down[0]);
         for (kSize x = 0; x < width && x <= h; ++x)
         {
-            add(quad[1], up[x], 1);
-            add(quad[3], down[x], 1);
+            add(quad[1], up[x]);
+            add(quad[3], down[x]);
         }
         const V* in = source + y * width;
         V* out = target + y * width;
@@ -265,19 +275,19 @@ void xkS3dEmbeddedPhase_KuwaharaRows(const typename A::Value* source, typename A
         {
             if (x > 0)
             {
-                add(quad[0], up[x], 1);
-                add(quad[2], down[x], 1);
+                add(quad[0], up[x]);
+                add(quad[2], down[x]);
                 if (x > h)
                 {
-                    add(quad[0], up[x - h - 1], -1);
-                    add(quad[2], down[x - h - 1], -1);
+                    sub(quad[0], up[x - h - 1]);
+                    sub(quad[2], down[x - h - 1]);
                 }
-                add(quad[1], up[x - 1], -1);
-                add(quad[3], down[x - 1], -1);
+                sub(quad[1], up[x - 1]);
+                sub(quad[3], down[x - 1]);
                 if (x + h < width)
                 {
-                    add(quad[1], up[x + h], 1);
-                    add(quad[3], down[x + h], 1);
+                    add(quad[1], up[x + h]);
+                    add(quad[3], down[x + h]);
                 }
             }
             if (in[x] == A::kInvalid)
@@ -325,10 +335,10 @@ void xkS3dEmbeddedPhase_KuwaharaRows(const typename A::Value* source, typename A
         }
         if (y + 1 < end)
         {
-            addRow(up, y + 1, 1);
-            if (y >= h) addRow(up, y - h, -1);
-            if (y + 1 + h < height) addRow(down, y + 1 + h, 1);
-            addRow(down, y, -1);
+            addRow(up, y + 1, std::false_type{});
+            if (y >= h) addRow(up, y - h, std::true_type{});
+            if (y + 1 + h < height) addRow(down, y + 1 + h, std::false_type{});
+            addRow(down, y, std::true_type{});
         }
     }
 }
