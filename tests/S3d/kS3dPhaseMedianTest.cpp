@@ -413,6 +413,24 @@ TEST_F(PhaseMedian, RefusesBadMapsWithoutWriting)
         kObject_Destroy(o);
 }
 
+TEST_F(PhaseMedian, AQueueThatCannotTakeJobsFailsTheRun)
+{
+    // The queue's job records come from an allocator that refuses everything after the queue
+    // is built: the first pass cannot hand out its batches.
+    ktest::CountingAlloc alloc;
+    kVsJobQueue queue = kNULL;
+    ASSERT_EQ(kVsJobQueue_Construct(&queue, 2, alloc), kOK);
+    ASSERT_EQ(kCountingAlloc_SetFailAfter(alloc, 0), kOK);
+
+    Median filter(64);
+    ASSERT_EQ(kS3dPhaseMedian_SetJobQueue(filter, queue), kOK);
+    Map<k32s> data(kTypeOf(k32s), 40, 30), scratch(kTypeOf(k32s), 40, 30);
+    data.Fill(100);
+    EXPECT_EQ(kS3dPhaseMedian_Run(filter, data, scratch), kSTATUS_MEMORY);
+    EXPECT_EQ(kS3dPhaseMedian_Row(filter), kSTATUS_BAD_STATE) << "the maps stay with the Run";
+    EXPECT_EQ(kObject_Destroy(queue), kOK);
+}
+
 TEST_F(PhaseMedian, SettersRefuseWhatTheFilterCannotUse)
 {
     Median filter(0);

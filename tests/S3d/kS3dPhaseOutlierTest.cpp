@@ -378,6 +378,25 @@ TEST_F(PhaseOutlier, RefusesBadMapsWithoutWriting)
         kObject_Destroy(o);
 }
 
+TEST_F(PhaseOutlier, AQueueThatCannotTakeJobsFailsTheRun)
+{
+    ktest::CountingAlloc alloc;
+    kVsJobQueue queue = kNULL;
+    ASSERT_EQ(kVsJobQueue_Construct(&queue, 2, alloc), kOK);
+    ASSERT_EQ(kCountingAlloc_SetFailAfter(alloc, 0), kOK);
+
+    Outlier filter;
+    ASSERT_EQ(kS3dPhaseOutlier_SetJobQueue(filter, queue), kOK);
+    Map<k32s> data(kTypeOf(k32s), 12, 12), copy(kTypeOf(k32s), 12, 12),
+        scratch(kTypeOf(k32s), 12, 12);
+    Map<k8u> mask(kTypeOf(k8u), 12, 12);
+    data.Fill(100);
+    mask.Fill(1);
+    EXPECT_EQ(kS3dPhaseOutlier_Run(filter, data, copy, scratch, mask), kSTATUS_MEMORY);
+    EXPECT_EQ(kS3dPhaseOutlier_Area(filter), kSTATUS_BAD_STATE) << "the maps stay with the Run";
+    EXPECT_EQ(kObject_Destroy(queue), kOK);
+}
+
 TEST_F(PhaseOutlier, StepsNeedARunAndTheQueueMustBeAQueue)
 {
     Outlier filter;
