@@ -281,3 +281,23 @@ kFx(void) kS3dEmbeddedPhaseDecoderInt_MatrixMul_32s_8u(k32s* pairs, const k8u* p
 {
     xkS3dEmbeddedPhaseHost_Accumulate32s(pairs, pixels, count, a, b, first);
 }
+
+kFx(kStatus) kS3dEmbeddedPhaseDecoderInt_SubtractPhase(kArray2 a, kArray2 b)
+{
+    return xkS3dEmbeddedPhase_SubtractPhase<IntArith>(a, b);
+}
+
+kFx(kStatus) kS3dEmbeddedPhaseDecoderInt_SubtractPhaseBase(kArray2 a, kArray2 b, k32s orientation)
+{
+    return xkS3dEmbeddedPhase_SubtractPhaseBase<IntArith>(a, b, orientation);
+}
+
+kFx(kStatus) kS3dEmbeddedPhaseDecoderInt_BaseRamp(k64f pa, kArray2 a, k64f pb, kArray2 b)
+{
+    return xkS3dEmbeddedPhase_BaseRamp<IntArith>(pa, a, pb, b);
+}
+
+kFx(kStatus) kS3dEmbeddedPhaseDecoderInt_Unwrap(k64f pa, kArray2 a, k64f pb, kArray2 b)
+{
+    return xkS3dEmbeddedPhase_Unwrap<IntArith>(pa, a, pb, b);
+}

@@ -58,6 +58,15 @@ kFx(kBool) kS3dEmbeddedPhaseDecoderInt_IsComplete(kS3dEmbeddedPhaseDecoderInt de
 kFx(kStatus) kS3dEmbeddedPhaseDecoderInt_SetPhaseArrayStates(kS3dEmbeddedPhaseDecoderInt decoder,
                                                              kSize index, kArrayList list);
 
+/*
+ * The map steps of kS3dEmbeddedPhaseDecoder (SubtractPhase, SubtractPhaseBase, BaseRamp,
+ * Unwrap) on `kArray2`s of `k32s` in 16.16 periods (orders as whole numbers), k32S_NULL invalid.
+ */
+kFx(kStatus) kS3dEmbeddedPhaseDecoderInt_SubtractPhase(kArray2 a, kArray2 b);
+kFx(kStatus) kS3dEmbeddedPhaseDecoderInt_SubtractPhaseBase(kArray2 a, kArray2 b, k32s orientation);
+kFx(kStatus) kS3dEmbeddedPhaseDecoderInt_BaseRamp(k64f pa, kArray2 a, k64f pb, kArray2 b);
+kFx(kStatus) kS3dEmbeddedPhaseDecoderInt_Unwrap(k64f pa, kArray2 a, k64f pb, kArray2 b);
+
 /**
  * One frame of one frequency into 32-bit sums: pairs[2i] = p a, pairs[2i + 1] = p b for the
  * first frame of a sequence, += afterwards (p = pixels[i], a and b the frame's entries of the

@@ -939,3 +939,46 @@ TEST_F(EmbeddedPhase, IntegerDecoderRefusalsStatesAndAllocationFailure)
             return status;
         });
 }
+
+TEST_F(EmbeddedPhase, IntegerMapStepsInFixedPoint)
+{
+    const k32s N = k32S_NULL, one = 65536;
+    auto map = [](kSize rows, kSize cols, std::vector<k32s> v)
+    {
+        auto m = std::make_unique<Map<k32s>>(kTypeOf(k32s), rows, cols);
+        std::copy(v.begin(), v.end(), m->Data());
+        return m;
+    };
+    auto a = map(1, 3, {one / 4, one / 8, N});
+    auto b = map(1, 3, {one / 8, one / 2, 0});
+    ASSERT_EQ(kS3dEmbeddedPhaseDecoderInt_SubtractPhase(*a, *b), kOK);
+    EXPECT_EQ((*a)[0], one / 8);
+    EXPECT_EQ((*a)[1], one - 3 * one / 8);
+    EXPECT_EQ((*a)[2], N);
+
+    // Line of 11: the threshold runs from −6554 to +6554 (0.1 period).
+    auto d = map(1, 11, {-3000, -7000, 0, 0, 0, 0, 0, 0, 0, 0, 3000});
+    auto zero = map(1, 11, std::vector<k32s>(11, 0));
+    ASSERT_EQ(kS3dEmbeddedPhaseDecoderInt_SubtractPhaseBase(*d, *zero, 0), kOK);
+    EXPECT_EQ((*d)[0], 0);
+    EXPECT_EQ((*d)[1], one - 7000);
+    EXPECT_EQ((*d)[5], 0);
+    EXPECT_EQ((*d)[10], one + 3000);
+
+    auto fine = map(1, 4, {59000, 6554, 59000, 3277});
+    auto coarse = map(1, 4, {one / 2, one / 2, 0, 65530});
+    ASSERT_EQ(kS3dEmbeddedPhaseDecoderInt_BaseRamp(7, *fine, 686, *coarse), kOK);
+    const k32s orders[4] = {48, 49, 0, 97};
+    for (int i = 0; i < 4; ++i)
+        EXPECT_EQ((*coarse)[i], orders[i]) << i;
+
+    auto order = map(1, 2, {3, N});
+    auto phase = map(1, 2, {one / 2, 0});
+    ASSERT_EQ(kS3dEmbeddedPhaseDecoderInt_Unwrap(49, *phase, 686, *order), kOK);
+    EXPECT_EQ((*order)[0], one / 4);
+    EXPECT_EQ((*order)[1], N);
+
+    Map<k32f> real(kTypeOf(k32f), 1, 3);
+    EXPECT_EQ(kS3dEmbeddedPhaseDecoderInt_SubtractPhase(*a, real), kSTATUS_BAD_PARAMETER);
+    EXPECT_EQ(kS3dEmbeddedPhaseDecoderInt_Unwrap(0, *a, 686, *b), kSTATUS_BAD_PARAMETER);
+}
