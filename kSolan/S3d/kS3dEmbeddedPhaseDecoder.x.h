@@ -252,6 +252,7 @@ void xkS3dEmbeddedPhase_KuwaharaRows(const typename A::Value* source, typename A
         s.squares -= c.squares;
         s.count -= c.count;
     };
+    if (width == 0 || first >= end) return;
     std::fill(up, up + width, xkS3dEmbeddedCell{0, 0, 0});
     std::fill(down, down + width, xkS3dEmbeddedCell{0, 0, 0});
     for (kSize r = (first > h ? first - h : 0); r <= first; ++r)

@@ -982,3 +982,29 @@ TEST_F(EmbeddedPhase, IntegerMapStepsInFixedPoint)
     EXPECT_EQ(kS3dEmbeddedPhaseDecoderInt_SubtractPhase(*a, real), kSTATUS_BAD_PARAMETER);
     EXPECT_EQ(kS3dEmbeddedPhaseDecoderInt_Unwrap(0, *a, 686, *b), kSTATUS_BAD_PARAMETER);
 }
+
+TEST_F(EmbeddedPhase, TinyAndEmptyImages)
+{
+    for (auto [w, h] : {std::pair<kSize, kSize>{1, 1}, {2, 2}, {3, 1}, {1, 9}, {0, 4}, {5, 0}})
+    {
+        std::vector<std::vector<double>> phi(2, std::vector<double>(w * h, 0.3));
+        const Frames frames = PhaseFrames(phi, {5, 5});
+        for (kSize workers : {0u, 3u})
+        {
+            kVsJobQueue queue = kNULL;
+            if (workers)
+            {
+                ASSERT_EQ(kVsJobQueue_Construct(&queue, workers, kNULL), kOK);
+            }
+            Decoder<> decoder(w, h, {7, 98}, {5, 5});
+            ASSERT_EQ(kS3dEmbeddedPhaseDecoder_SetJobQueue(decoder, queue), kOK);
+            ASSERT_EQ(kS3dEmbeddedPhaseDecoder_SetPhasePeriod(decoder, 1000), kOK);
+            std::vector<k8u> codes;
+            std::vector<kPhasePixel> phases;
+            ASSERT_EQ(decoder.Decode(frames, codes, phases), kOK) << w << " x " << h;
+            for (kSize p = 0; p < w * h; ++p)
+                EXPECT_NEAR(phases[p].phase, 700, 3) << "(1 − 0.3) × 1000";
+            kObject_Destroy(queue);
+        }
+    }
+}
