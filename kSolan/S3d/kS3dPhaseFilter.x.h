@@ -4,8 +4,10 @@
  *
  * A pass over count lines (rows or columns) runs in batches of (count div workers) + 1 lines,
  * so that there are at most as many batches as workers; without a job queue the batches run
- * inline, in order, on the caller's thread. Batches only read shared copies and write lines of
- * their own, so the result does not depend on the number of workers.
+ * inline, in order, on the caller's thread. A batch first copies the part of the map that it
+ * will read into the shared scratch map, then reads only that part and writes lines of its
+ * own: the result does not depend on the number of workers, and the copies run in parallel
+ * too.
  */
 #ifndef K_S3D_PHASE_FILTER_X_H
 #define K_S3D_PHASE_FILTER_X_H
@@ -47,6 +49,16 @@ inline kStatus xkS3dPhaseFilter_RunBatches(kVsJobQueue queue, kVsJobFx job, kPoi
     for (kSize i = 0; i < batches; ++i)
         kCheck(job(context, i));
     return kOK;
+}
+
+/** Copies the items (y, x), y in rows, x in columns, of a map `width` items wide. */
+inline void xkS3dPhaseFilter_CopyBlock(k32s* destination, const k32s* source, kSize width,
+                                       xkS3dLineRange rows, xkS3dLineRange columns)
+{
+    if (columns.begin >= columns.end) return;
+    for (kSize y = rows.begin; y < rows.end; ++y)
+        kMemCopy(destination + y * width + columns.begin, source + y * width + columns.begin,
+                 (columns.end - columns.begin) * sizeof(k32s));
 }
 
 /**

@@ -120,11 +120,9 @@ kStatus Init(kS3dPhaseMedianClass* obj, kType type, kAlloc alloc)
     return kOK;
 }
 
-/* Copies the data map to the scratch map, then runs one pass over count lines. */
+/* Runs one pass over count lines; each batch copies what it reads to the scratch map first. */
 kStatus RunPass(kS3dPhaseMedianClass* obj, kVsJobFx job, kSize count)
 {
-    kCheck(
-        kMemCopy(kArray2_Data(obj->scratch), kArray2_Data(obj->data), kArray2_DataSize(obj->data)));
     obj->batchSize = xkS3dPhaseFilter_BatchSize(obj->queue, count);
     return xkS3dPhaseFilter_RunBatches(obj->queue, job, obj, count, obj->batchSize);
 }
@@ -272,9 +270,13 @@ kFx(kStatus) kS3dPhaseMedian_RowThread(kPointer filter, kSize batch)
 {
     kObjR(kS3dPhaseMedian, filter);
     kCheckState(obj->data);
-    MedianBlock(kArray2_DataT<k32s>(obj->scratch), kArray2_DataT<k32s>(obj->data), obj->width,
-                xkS3dPhaseFilter_Batch(obj->batchSize, obj->height, batch),
-                Interior(obj->width, obj->window), 1, obj->window, obj->period);
+    const xkS3dLineRange rows = xkS3dPhaseFilter_Batch(obj->batchSize, obj->height, batch);
+    k32s* data = kArray2_DataT<k32s>(obj->data);
+    k32s* scratch = kArray2_DataT<k32s>(obj->scratch);
+
+    xkS3dPhaseFilter_CopyBlock(scratch, data, obj->width, rows, {0, obj->width});
+    MedianBlock(scratch, data, obj->width, rows, Interior(obj->width, obj->window), 1, obj->window,
+                obj->period);
     return kOK;
 }
 
@@ -282,9 +284,12 @@ kFx(kStatus) kS3dPhaseMedian_ColumnThread(kPointer filter, kSize batch)
 {
     kObjR(kS3dPhaseMedian, filter);
     kCheckState(obj->data);
-    MedianBlock(kArray2_DataT<k32s>(obj->scratch), kArray2_DataT<k32s>(obj->data), obj->width,
-                Interior(obj->height, obj->window),
-                xkS3dPhaseFilter_Batch(obj->batchSize, obj->width, batch), (kSSize)obj->width,
-                obj->window, obj->period);
+    const xkS3dLineRange columns = xkS3dPhaseFilter_Batch(obj->batchSize, obj->width, batch);
+    k32s* data = kArray2_DataT<k32s>(obj->data);
+    k32s* scratch = kArray2_DataT<k32s>(obj->scratch);
+
+    xkS3dPhaseFilter_CopyBlock(scratch, data, obj->width, {0, obj->height}, columns);
+    MedianBlock(scratch, data, obj->width, Interior(obj->height, obj->window), columns,
+                (kSSize)obj->width, obj->window, obj->period);
     return kOK;
 }

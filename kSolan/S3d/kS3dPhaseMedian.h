@@ -99,8 +99,8 @@ kFx(kStatus) kS3dPhaseMedian_Run(kS3dPhaseMedian filter, kArray2 data, kArray2 s
 kFx(k32s) kS3dPhaseMedian_CheckPhaseLimit(k32s value, k32s reference, k32s period, k32s limit);
 
 /**
- * The row pass of the current Run: reads the scratch map and writes the data map, rows in
- * batches on the job queue. Run copies the data to the scratch map before each pass.
+ * The row pass of the current Run, rows in batches on the job queue: copies the data map to
+ * the scratch map, then reads the scratch map and writes the data map.
  *
  * @return kOK; kSTATUS_BAD_STATE outside Run; the first failure of a batch.
  */

@@ -118,10 +118,6 @@ kStatus RunStep(kS3dPhaseOutlierClass* obj, kVsJobFx job, kSize count)
     return xkS3dPhaseFilter_RunBatches(obj->queue, job, obj, count, obj->batchSize);
 }
 
-kStatus CopyMap(kArray2 destination, kArray2 source)
-{
-    return kMemCopy(kArray2_Data(destination), kArray2_Data(source), kArray2_DataSize(source));
-}
 } // namespace
 
 kStatus xkS3dPhaseOutlier_VRelease(kObject filter)
@@ -207,10 +203,7 @@ kFx(kStatus) kS3dPhaseOutlier_Run(kS3dPhaseOutlier filter, kArray2 data, kArray2
     obj->scratch = scratch;
     obj->mask = mask;
 
-    kTest(CopyMap(copy, data));
-    kTest(CopyMap(scratch, data));
     kTest(kS3dPhaseOutlier_Row(filter));
-    kTest(CopyMap(scratch, data));
     kTest(kS3dPhaseOutlier_Column(filter));
     kTest(kS3dPhaseOutlier_Deviation(filter));
     kTest(kS3dPhaseOutlier_Area(filter));
@@ -260,9 +253,15 @@ kFx(kStatus) kS3dPhaseOutlier_RowThread(kPointer filter, kSize batch)
 {
     kObjR(kS3dPhaseOutlier, filter);
     kCheckState(obj->data);
-    BoxBlock(kArray2_DataT<k32s>(obj->scratch), kArray2_DataT<k32s>(obj->data),
-             kArray2_DataT<k8u>(obj->mask), obj->width,
-             xkS3dPhaseFilter_Batch(obj->batchSize, obj->height, batch), Interior(obj->width), 1);
+    const xkS3dLineRange rows = xkS3dPhaseFilter_Batch(obj->batchSize, obj->height, batch);
+    const xkS3dLineRange all = {0, obj->width};
+    k32s* data = kArray2_DataT<k32s>(obj->data);
+    k32s* scratch = kArray2_DataT<k32s>(obj->scratch);
+
+    xkS3dPhaseFilter_CopyBlock(kArray2_DataT<k32s>(obj->copy), data, obj->width, rows, all);
+    xkS3dPhaseFilter_CopyBlock(scratch, data, obj->width, rows, all);
+    BoxBlock(scratch, data, kArray2_DataT<k8u>(obj->mask), obj->width, rows, Interior(obj->width),
+             1);
     return kOK;
 }
 
@@ -270,9 +269,13 @@ kFx(kStatus) kS3dPhaseOutlier_ColumnThread(kPointer filter, kSize batch)
 {
     kObjR(kS3dPhaseOutlier, filter);
     kCheckState(obj->data);
-    BoxBlock(kArray2_DataT<k32s>(obj->scratch), kArray2_DataT<k32s>(obj->data),
-             kArray2_DataT<k8u>(obj->mask), obj->width, Interior(obj->height),
-             xkS3dPhaseFilter_Batch(obj->batchSize, obj->width, batch), (kSSize)obj->width);
+    const xkS3dLineRange columns = xkS3dPhaseFilter_Batch(obj->batchSize, obj->width, batch);
+    k32s* data = kArray2_DataT<k32s>(obj->data);
+    k32s* scratch = kArray2_DataT<k32s>(obj->scratch);
+
+    xkS3dPhaseFilter_CopyBlock(scratch, data, obj->width, {0, obj->height}, columns);
+    BoxBlock(scratch, data, kArray2_DataT<k8u>(obj->mask), obj->width, Interior(obj->height),
+             columns, (kSSize)obj->width);
     return kOK;
 }
 

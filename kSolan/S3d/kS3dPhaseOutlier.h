@@ -73,8 +73,9 @@ kFx(kStatus) kS3dPhaseOutlier_Run(kS3dPhaseOutlier filter, kArray2 data, kArray2
 kFx(k32s) kS3dPhaseOutlier_MeanDeviation(kS3dPhaseOutlier filter);
 
 /**
- * Steps of the current Run, in Run's order (Run copies the data map to the copy and scratch
- * maps first, and to the scratch map again before the column pass). Each returns kOK,
+ * Steps of the current Run, in Run's order: the row pass (which first keeps the input in the
+ * copy map and copies it to the scratch map), the column pass (which first copies the row-pass
+ * result to the scratch map), the deviation and the area step. Each returns kOK,
  * kSTATUS_BAD_STATE outside Run, or the first failure of a batch.
  */
 kFx(kStatus) kS3dPhaseOutlier_Row(kS3dPhaseOutlier filter);
