@@ -92,7 +92,7 @@ struct FloatArith
     static k32f Order(k64f ratio, k32f a, k32f b)
     {
         const k32f r = (k32f)ratio;
-        const k32f t = r * b;
+        const k32f t = std::clamp(r * b, -2.0f * r, 2.0f * r); // a map value far out of range
         k32s k = (k32s)t;
         const k32f f = t - (k32f)k;
         if (a - f > 0.5f)
@@ -182,7 +182,7 @@ kStatus xkS3dEmbeddedPhaseCore_SetSequenceInfo(xkS3dEmbeddedPhaseCore* core, kAl
     kSize length = 0;
     for (kSize i = 0; i < count; ++i)
     {
-        kCheckArgs(coefficients[i] > 0 && stepCounts[i] > 0);
+        kCheckArgs(coefficients[i] > 0 && std::isfinite(coefficients[i]) && stepCounts[i] > 0);
         length += stepCounts[i];
     }
 
@@ -201,6 +201,16 @@ kStatus xkS3dEmbeddedPhaseCore_SetSequenceInfo(xkS3dEmbeddedPhaseCore* core, kAl
                                                 count));
     kTest(kS3dEncodingMath_PatternPhasePeriods(kArray1_DataT<k64f>(arrays[1]), count,
                                                kArray1_DataT<k64f>(arrays[2]), count));
+    {
+        // Orders are 8-bit; a ratio this far beyond them would overflow the order arithmetic.
+        const k64f* periods = kArray1_DataT<k64f>(arrays[1]);
+        const k64f ratio = periods[count - 1] / periods[0];
+        if (!(ratio <= xkS3D_EMBEDDED_MAX_PERIOD_RATIO))
+        {
+            status = kSTATUS_BAD_PARAMETER;
+            goto cleanup;
+        }
+    }
 
     kTest(kDestroyRef(&core->coefficients));
     kTest(kDestroyRef(&core->periods));

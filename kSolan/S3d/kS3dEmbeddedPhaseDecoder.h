@@ -113,8 +113,11 @@ kFx(kStatus)
  * shift matrix is rebuilt at the next Setup. Step counts above 30 are refused there; a
  * sequence of one frequency is accepted here and refused when its last frame arrives.
  *
- * @return kOK; kSTATUS_BAD_PARAMETER for no frequency or more than 16, null pointers, a coefficient
- * that is not positive or a step count of 0; allocation failures (the old sequence then stays).
+ * Orders are 8-bit (255 marks an unknown one): keep C_{n−1} / C_0 below 255.
+ *
+ * @return kOK; kSTATUS_BAD_PARAMETER for no frequency or more than 16, null pointers, a
+ *         coefficient that is not positive and finite, a step count of 0, or a ratio
+ *         C_{n−1} / C_0 above 65536; allocation failures (the old sequence then stays).
  */
 kFx(kStatus) kS3dEmbeddedPhaseDecoder_SetSequenceInfo(kS3dEmbeddedPhaseDecoder decoder,
                                                       const k64f* coefficients,
@@ -212,7 +215,8 @@ kFx(kStatus) kS3dEmbeddedPhaseDecoder_MatrixConvert(kArray2 source, kArray2 dest
 /*
  * Map steps of the longer paths, on `kArray2`s of `k32f` of one shape (phases in periods, in
  * [0, 1)); every step keeps k32F_NULL where an input is invalid. Each returns kOK, or
- * kSTATUS_BAD_PARAMETER for maps of another kind or shape (or periods that are not positive).
+ * kSTATUS_BAD_PARAMETER for maps of another kind or shape (or periods that are not positive, or
+ * whose ratio pb / pa exceeds 65536).
  */
 
 /** a = a − b, plus 1 where negative. */

@@ -58,6 +58,9 @@ typedef struct xkS3dEmbeddedPhaseCore
     kBool changed;        // sequence info changed since the shift matrix was built
 } xkS3dEmbeddedPhaseCore;
 
+/* Largest ratio of the last cumulative period to the first that a sequence may have. */
+#define xkS3D_EMBEDDED_MAX_PERIOD_RATIO (65536.0)
+
 /* Fixed-point scale of float values in the Kuwahara sums, and their range there. */
 #define xkS3D_EMBEDDED_KUWAHARA_ONE (1048576.0)
 #define xkS3D_EMBEDDED_KUWAHARA_RANGE (4.0)
@@ -188,7 +191,7 @@ kStatus xkS3dEmbeddedPhase_BaseRamp(k64f pa, kArray2 a, k64f pb, kArray2 b)
 {
     using V = typename A::Value;
     kCheckArgs(xkS3dEmbeddedPhase_IsPair(a, b, A::ValueType()));
-    kCheckArgs(pa > 0 && pb > 0);
+    kCheckArgs(pa > 0 && pb > 0 && pb / pa <= xkS3D_EMBEDDED_MAX_PERIOD_RATIO);
     const k64f r = pb / pa;
     const V* x = kArray2_DataT<V>(a);
     V* y = kArray2_DataT<V>(b);
@@ -203,7 +206,7 @@ kStatus xkS3dEmbeddedPhase_Unwrap(k64f pa, kArray2 a, k64f pb, kArray2 b)
 {
     using V = typename A::Value;
     kCheckArgs(xkS3dEmbeddedPhase_IsPair(a, b, A::ValueType()));
-    kCheckArgs(pa > 0 && pb > 0);
+    kCheckArgs(pa > 0 && pb > 0 && pb / pa <= xkS3D_EMBEDDED_MAX_PERIOD_RATIO);
     const k64f r = pb / pa;
     const V* x = kArray2_DataT<V>(a);
     V* y = kArray2_DataT<V>(b);

@@ -81,7 +81,9 @@ struct IntArith
 
     static k32s Order(k64f ratio, k32s a, k32s b)
     {
-        const k64s t = (Ratio(ratio) * b) >> 16;
+        // Map values far out of range are held to ±2 periods, orders to ±65536 below, so that
+        // the 64-bit products cannot overflow.
+        const k64s t = (Ratio(ratio) * std::clamp<k64s>(b, -2 * kOnePeriod, 2 * kOnePeriod)) >> 16;
         k64s k = t >> 16;
         const k64s f = t - (k << 16);
         if (a - f > kHalf)
@@ -93,7 +95,8 @@ struct IntArith
 
     static k32s Unwrapped(k64f ratio, k32s a, k32s b)
     {
-        return (k32s)((((k64s)b << 16) + a) * kOnePeriod / Ratio(ratio));
+        const k64s order = std::clamp<k64s>(b, -kOnePeriod, kOnePeriod);
+        return (k32s)(((order * kOnePeriod) + a) * kOnePeriod / Ratio(ratio));
     }
 
     static k64s ToFixed(k32s v) { return v; }

@@ -515,6 +515,8 @@ TEST_F(EmbeddedPhase, SubtractRampAndUnwrapStepsOnSmallMaps)
     EXPECT_EQ(kS3dEmbeddedPhaseDecoder_SubtractPhase(*a, integers), kSTATUS_BAD_PARAMETER);
     EXPECT_EQ(kS3dEmbeddedPhaseDecoder_SubtractPhaseBase(*a, *b, 4), kSTATUS_BAD_PARAMETER);
     EXPECT_EQ(kS3dEmbeddedPhaseDecoder_BaseRamp(0, *a, 686, *b), kSTATUS_BAD_PARAMETER);
+    EXPECT_EQ(kS3dEmbeddedPhaseDecoder_BaseRamp(0.001, *a, 686, *b), kSTATUS_BAD_PARAMETER)
+        << "a ratio above 65536";
     EXPECT_EQ(kS3dEmbeddedPhaseDecoder_Unwrap(7, *a, 686, *other), kSTATUS_BAD_PARAMETER);
 }
 
@@ -703,6 +705,11 @@ TEST_F(EmbeddedPhase, RefusalsAndStates)
     EXPECT_EQ(kS3dEmbeddedPhaseDecoder_SetSequenceInfo(decoder, zero, steps, 1),
               kSTATUS_BAD_PARAMETER);
     EXPECT_EQ(kS3dEmbeddedPhaseDecoder_SetSequenceInfo(decoder, coefficients, steps, 0),
+              kSTATUS_BAD_PARAMETER);
+    const k64f infinite[2] = {7, INFINITY}, huge[2] = {7, 65537};
+    EXPECT_EQ(kS3dEmbeddedPhaseDecoder_SetSequenceInfo(decoder, infinite, steps, 2),
+              kSTATUS_BAD_PARAMETER);
+    EXPECT_EQ(kS3dEmbeddedPhaseDecoder_SetSequenceInfo(decoder, huge, steps, 2),
               kSTATUS_BAD_PARAMETER);
     EXPECT_EQ(kS3dEmbeddedPhaseDecoder_SequenceLength(decoder), 10u) << "unchanged";
 
