@@ -141,7 +141,8 @@ k32s FringeOrder(double column, double period, kSize projectorWidth);
  * An embedded-phase (multi-frequency) scan of a scene, as kS3dEmbeddedPhaseDecoder takes it.
  * The projector patterns come from the library: kS3dPatternSequence_SetupEmbeddedPhase with
  * the pattern periods of kS3dEncodingMath_PatternPhasePeriods of the cumulative periods of the
- * coefficients (intensity 1, flat uniformity), rendered and imaged frame by frame.
+ * coefficients (intensity 1, flat uniformity), rendered and imaged frame by frame. The library's
+ * assembly must be constructed (kSolan_Construct) while scans are rendered.
  */
 struct EmbeddedPhaseScan
 {
