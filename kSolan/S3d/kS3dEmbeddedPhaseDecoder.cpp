@@ -3,6 +3,7 @@
 #include <kSolan/S3d/kS3dPatternSequence.x.h>
 #include <kSolan/Common/kMatrix.h>
 
+#include <array>
 #include <cmath>
 
 struct kS3dEmbeddedPhaseDecoderClass
@@ -110,9 +111,17 @@ struct FloatArith
         const double x = std::clamp((double)v, -range, range) * xkS3D_EMBEDDED_KUWAHARA_ONE;
         return (k64s)(x + (x < 0 ? -0.5 : 0.5)); // half away from zero (x is far below 2^52)
     }
+    /* The mean of count samples (at most four pooled quadrants of 64) by a table of 1 / count. */
     static k32f FromFixed(k64s sum, k64s count)
     {
-        return (k32f)((double)sum / (double)count * (1.0 / xkS3D_EMBEDDED_KUWAHARA_ONE));
+        static const std::array<double, 4 * 64 + 1> inverse = []
+        {
+            std::array<double, 4 * 64 + 1> t{};
+            for (kSize c = 1; c < t.size(); ++c)
+                t[c] = 1.0 / ((double)c * xkS3D_EMBEDDED_KUWAHARA_ONE);
+            return t;
+        }();
+        return (k32f)((double)sum * inverse[(kSize)count]);
     }
 
     static k16s ExportPhase(k32f phi0, kSize period)
