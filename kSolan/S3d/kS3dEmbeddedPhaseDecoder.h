@@ -104,7 +104,10 @@ kFx(kStatus)
     kS3dEmbeddedPhaseDecoder_SetOrientation(kS3dEmbeddedPhaseDecoder decoder, k32s orientation);
 kFx(k32s) kS3dEmbeddedPhaseDecoder_Orientation(kS3dEmbeddedPhaseDecoder decoder);
 
-/** Job queue whose workers share the rows (borrowed; null: run on the caller's thread). */
+/**
+ * Job queue whose workers share the rows (borrowed; null: run on the caller's thread). A queue
+ * serves one waiting caller at a time: decoders updated from different threads need their own.
+ */
 kFx(kStatus)
     kS3dEmbeddedPhaseDecoder_SetJobQueue(kS3dEmbeddedPhaseDecoder decoder, kVsJobQueue queue);
 
