@@ -274,6 +274,8 @@ kStatus StereoRig::BuildCalibration(kS3dStereoCal* cal, kAlloc allocator) const
                              std::fmax(extentX[0].hi, extentX[1].hi), c.phaseXStep);
     const Lattice py = Cover(std::fmin(extentY[0].lo, extentY[1].lo),
                              std::fmax(extentY[0].hi, extentY[1].hi), c.phaseYStep);
+    const double phaseFirst = 65536 * PhaseOfColumn(0);
+    const double phaseLast = 65536 * PhaseOfColumn((double)c.projectorWidth - 1);
     Table phase[2];
     for (kSize v = 0; v < 2; ++v)
     {
@@ -297,12 +299,16 @@ kStatus StereoRig::BuildCalibration(kS3dStereoCal* cal, kAlloc allocator) const
                             seen = seen && ProjectToProjector(ToWorld(OnRay(v, rx, ry, z)), &u);
                             if (seen) phases.Add(65536 * PhaseOfColumn(u));
                         }
-                if (!seen)
+                // Only the projector's own columns are ever decoded: the volume's rays cross
+                // columns far beyond them near the edges of the rectified images.
+                const double lo = std::fmax(phases.lo, phaseFirst);
+                const double hi = std::fmin(phases.hi, phaseLast);
+                if (!seen || lo > hi)
                 {
                     phase[v].cells.push_back(kPoint32s{k32S_NULL, 0});
                     continue;
                 }
-                const Lattice pp = Cover(phases.lo, phases.hi, c.phasePStep);
+                const Lattice pp = Cover(lo, hi, c.phasePStep);
                 phase[v].cells.push_back(kPoint32s{pp.begin, (k32s)pp.count});
                 for (k32u k = 0; k < pp.count; ++k)
                 {

@@ -2,7 +2,8 @@
 // hand-built calibration (within one count, nulls where the tables end), the window
 // arithmetic, the float helpers against the fixed-point path, construction edge cases, the
 // CUDA variant's bookkeeping on the host, allocation failure, and a synthetic rig whose random
-// points come back through image disparity and image phase.
+// points come back through image disparity and image phase over its whole volume, with its
+// phase tables checked against the rig's geometry at and between lattice points.
 #include "kS3dStereoTestSupport.h"
 
 #include <kSolan/S3d/kS3dStereoProfiler.h>
@@ -735,25 +736,155 @@ TEST_F(StereoProfiler, SyntheticRigDisparityWithinTwoCountsRmsOverTheDefaultVolu
     EXPECT_EQ(swapped.LeftViewIndex(), 1u);
 }
 
-TEST_F(StereoProfiler, SyntheticRigPhaseWithinTwoCountsRms)
+TEST_F(StereoProfiler, SyntheticRigPhaseWithinTwoCountsRmsOverTheDefaultVolume)
 {
-    // The phase tables are dense over the whole projector: a lattice fine enough for two
-    // counts over 100-300 mm (128 units, 1/16 period: 1.1 counts RMS) takes gigabytes, so this
-    // test takes the middle of the range with a 256-unit lattice and 1/8-period steps.
-    ksim::StereoRigConfig config;
-    config.zMin = 150;
-    config.zMax = 250;
-    config.phaseXStep = config.phaseYStep = 256;
-    config.phasePStep = 8192;
-    const ksim::StereoRig rig(config);
+    const ksim::StereoRig rig;
     CalHolder cal;
     ASSERT_EQ(rig.BuildCalibration(&cal, kNULL), kOK);
-    const kS3dStereoProfilerParams params = RigParams(config);
+    const kS3dStereoProfilerParams params = RigParams(rig.Config());
     Profiler profiler;
     ASSERT_EQ(kS3dStereoProfiler_Construct(&profiler, 0, &params, cal, kNULL), kOK);
 
     double rms = 0, worst = 0;
     RigErrors(rig, profiler, true, &rms, &worst);
-    printf("rig 150-250 mm: image phase %.3f counts RMS (worst %.2f) of 0.02 mm\n", rms, worst);
+    const kS3dStereoProfilerLutParams3d* p = kS3dStereoProfiler_HwContext(profiler)->phaseParams;
+    printf("rig 100-300 mm: image phase %.3f counts RMS (worst %.2f) of 0.02 mm; phase tables "
+           "%u x %u x %u, profiler %.1f MB\n",
+           rms, worst, p->countX, p->countY, p->countZ,
+           kS3dStereoProfiler_MemoryUsage(profiler) / 1e6);
     EXPECT_LT(rms, 2.0);
+    // The tables span the projector's phases only, and are coarse along the fringes.
+    EXPECT_LT(kS3dStereoProfiler_MemoryUsage(profiler), (kSize)64e6);
+}
+
+namespace
+{
+ksim::Vec3 Minus(const ksim::Vec3& a, const ksim::Vec3& b)
+{
+    return {a[0] - b[0], a[1] - b[1], a[2] - b[2]};
+}
+double Dot(const ksim::Vec3& a, const ksim::Vec3& b)
+{
+    return a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
+}
+ksim::Vec3 Unit(const ksim::Vec3& a)
+{
+    const double n = std::sqrt(Dot(a, a));
+    return {a[0] / n, a[1] / n, a[2] / n};
+}
+
+/* The rig's geometry from its devices alone: the world point that view v's camera sees
+ * through rectified plane point (X, Y) (projection units) where the projector casts a phase
+ * (periods). */
+class RigGeometry
+{
+public:
+    explicit RigGeometry(const ksim::StereoRig& rig) : m_rig(rig)
+    {
+        const ksim::Vec3 c0 = rig.Camera(0).centre, c1 = rig.Camera(1).centre;
+        m_origin = {(c0[0] + c1[0]) / 2, (c0[1] + c1[1]) / 2, (c0[2] + c1[2]) / 2};
+        m_x = Unit(Minus(c1, c0));
+        if (m_x[0] < 0) m_x = {-m_x[0], -m_x[1], -m_x[2]};
+        m_z = Unit(Minus(ksim::Vec3{0, 0, 1}, {m_x[0] * m_x[2], m_x[1] * m_x[2], m_x[2] * m_x[2]}));
+        m_y = {m_z[1] * m_x[2] - m_z[2] * m_x[1], m_z[2] * m_x[0] - m_z[0] * m_x[2],
+               m_z[0] * m_x[1] - m_z[1] * m_x[0]};
+    }
+
+    ksim::Vec3 Point(kSize view, double X, double Y, double phase) const
+    {
+        const ksim::StereoRigConfig& c = m_rig.Config();
+        const double x = X * c.projectionResolution, y = Y * c.projectionResolution;
+        ksim::Vec3 onPlane;
+        for (kSize k = 0; k < 3; ++k)
+            onPlane[k] = m_origin[k] + m_x[k] * x + m_y[k] * y + m_z[k] * c.referenceZ;
+        const ksim::Vec3 from = m_rig.Camera(view).centre, along = Minus(onPlane, from);
+        // Projector column u is the plane fx (row 0 · q) = (u − cx) (row 2 · q), q = P − centre.
+        const ksim::Pinhole& p = m_rig.Projector();
+        const double u = c.fringePeriod * (phase + 1);
+        ksim::Vec3 normal;
+        for (kSize k = 0; k < 3; ++k)
+            normal[k] = p.fx * p.rotation[0][k] - (u - p.cx) * p.rotation[2][k];
+        const double t = -Dot(normal, Minus(from, p.centre)) / Dot(normal, along);
+        return {from[0] + t * along[0], from[1] + t * along[1], from[2] + t * along[2]};
+    }
+
+private:
+    const ksim::StereoRig& m_rig;
+    ksim::Vec3 m_origin, m_x, m_y, m_z;
+};
+} // namespace
+
+TEST_F(StereoProfiler, SyntheticRigPhaseTablesHoldTheGeometryAtAndBetweenLatticePoints)
+{
+    // At a lattice point a lookup returns the rounded geometry; between lattice points it
+    // returns the trilinear blend of the geometry at the eight corners, give or take the
+    // rounding of the 16-bit stages. What remains of the rig figure is the curvature of the
+    // geometry within a lattice cell and the rectification.
+    const ksim::StereoRig rig;
+    const RigGeometry geometry(rig);
+    CalHolder cal;
+    ASSERT_EQ(rig.BuildCalibration(&cal, kNULL), kOK);
+    const kS3dStereoProfilerParams params = RigParams(rig.Config());
+    Profiler profiler;
+    ASSERT_EQ(kS3dStereoProfiler_Construct(&profiler, 0, &params, cal, kNULL), kOK);
+    const kS3dStereoProfilerLutParams3d* p = kS3dStereoProfiler_HwContext(profiler)->phaseParams;
+    const double resolution = params.rangeResolution;
+    const double step[3] = {(double)p->stepX, (double)p->stepY, (double)p->stepZ};
+    const double origin[3] = {(double)p->originX, (double)p->originY, (double)p->originZ};
+
+    std::mt19937 random(3);
+    double bias[3] = {};
+    const int count = 1000;
+    for (int n = 0; n < count; ++n)
+    {
+        const kSize view = n & 1;
+        const ksim::Vec3 world = rig.RandomPoint(random, 24);
+        double X, Y, u;
+        rig.ProjectToPlane(view, world, &X, &Y);
+        ASSERT_TRUE(rig.ProjectToProjector(world, &u));
+        const k32s at[3] = {(k32s)std::lround(X), (k32s)std::lround(Y),
+                            (k32s)std::lround(65536 * rig.PhaseOfColumn(u))};
+        double corner[3], f[3];
+        for (kSize a = 0; a < 3; ++a)
+        {
+            corner[a] = std::floor((at[a] - origin[a]) / step[a]) * step[a] + origin[a];
+            f[a] = (at[a] - corner[a]) / step[a];
+        }
+
+        kPoint3d16s q;
+        kS3dStereoProfiler_LookupPhase(profiler, (k32u)view, (k16s)corner[0], (k16s)corner[1],
+                                       (k32s)corner[2], &q);
+        ASSERT_FALSE(IsNull(q));
+        const ksim::Vec3 node = geometry.Point(view, corner[0], corner[1], corner[2] / 65536);
+        const double got[3] = {(double)q.x, (double)q.y, (double)q.z};
+        for (kSize k = 0; k < 3; ++k)
+            EXPECT_LE(std::fabs(got[k] - node[k] / resolution), 0.51) << n << " axis " << k;
+
+        ksim::Vec3 blend{0, 0, 0};
+        for (int c = 0; c < 8; ++c)
+        {
+            double w = 1, lattice[3];
+            for (kSize a = 0; a < 3; ++a)
+            {
+                const bool upper = (c >> a) & 1;
+                w *= upper ? f[a] : 1 - f[a];
+                lattice[a] = corner[a] + (upper ? step[a] : 0);
+            }
+            const ksim::Vec3 e = geometry.Point(view, lattice[0], lattice[1], lattice[2] / 65536);
+            for (kSize k = 0; k < 3; ++k)
+                blend[k] += w * e[k] / resolution;
+        }
+        kS3dStereoProfiler_LookupPhase(profiler, (k32u)view, (k16s)at[0], (k16s)at[1], at[2], &q);
+        ASSERT_FALSE(IsNull(q));
+        const double between[3] = {(double)q.x, (double)q.y, (double)q.z};
+        for (kSize k = 0; k < 3; ++k)
+        {
+            EXPECT_LE(std::fabs(between[k] - blend[k]), 2.01) << n << " axis " << k;
+            bias[k] += (between[k] - blend[k]) / count;
+        }
+    }
+    printf("phase lookups between lattice points minus the blend: mean %.3f %.3f %.3f counts\n",
+           bias[0], bias[1], bias[2]);
+    for (kSize k = 0; k < 3; ++k)
+        EXPECT_LT(std::fabs(bias[k]), 0.25) << "axis " << k;
 }
