@@ -13,7 +13,7 @@ kArray2 Matrix(kAlloc alloc, kType type, kSize rows, kSize columns, const std::v
 {
     kArray2 a = kNULL;
     EXPECT_EQ(kArray2_Construct(&a, type, rows, columns, alloc), kOK);
-    memcpy(kArray2_Data(a), values.data(), rows * columns * sizeof(T));
+    if (rows * columns != 0) memcpy(kArray2_Data(a), values.data(), rows * columns * sizeof(T));
     return a;
 }
 
