@@ -21,13 +21,6 @@ struct xkS3dLineRange
     kSize end;
 };
 
-/** Lines per batch for a pass over count lines on queue (null: one batch). */
-inline kSize xkS3dPhaseFilter_BatchSize(kVsJobQueue queue, kSize count)
-{
-    kSize workers = queue ? kVsJobQueue_ThreadCount(queue) : 1;
-    return count / kMax_(workers, (kSize)1) + 1;
-}
-
 /** Lines of batch index; empty past the last batch. */
 inline xkS3dLineRange xkS3dPhaseFilter_Batch(kSize batchSize, kSize count, kSize index)
 {
@@ -36,14 +29,18 @@ inline xkS3dLineRange xkS3dPhaseFilter_Batch(kSize batchSize, kSize count, kSize
 }
 
 /**
- * Runs job(context, i) for every batch i of a pass over count lines.
+ * Runs job(context, i) for every batch i of a pass over count lines on queue (null: inline).
+ * The batch size is stored in *batchSize before the first job runs, for the jobs to find
+ * their lines with xkS3dPhaseFilter_Batch.
  *
  * @return kOK; else the first failure of a batch.
  */
-inline kStatus xkS3dPhaseFilter_RunBatches(kVsJobQueue queue, kVsJobFx job, kPointer context,
-                                           kSize count, kSize batchSize)
+inline kStatus xkS3dPhaseFilter_RunPass(kVsJobQueue queue, kVsJobFx job, kPointer context,
+                                        kSize count, kSize* batchSize)
 {
-    kSize batches = (count + batchSize - 1) / batchSize;
+    const kSize workers = queue ? kMax_(kVsJobQueue_ThreadCount(queue), (kSize)1) : 1;
+    *batchSize = count / workers + 1;
+    const kSize batches = (count + *batchSize - 1) / *batchSize;
     if (queue) return kVsJobQueue_RunIndexedBatch(queue, job, context, batches);
 
     for (kSize i = 0; i < batches; ++i)

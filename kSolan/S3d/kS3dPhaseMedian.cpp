@@ -120,12 +120,6 @@ kStatus Init(kS3dPhaseMedianClass* obj, kType type, kAlloc alloc)
     return kOK;
 }
 
-/* Runs one pass over count lines; each batch copies what it reads to the scratch map first. */
-kStatus RunPass(kS3dPhaseMedianClass* obj, kVsJobFx job, kSize count)
-{
-    obj->batchSize = xkS3dPhaseFilter_BatchSize(obj->queue, count);
-    return xkS3dPhaseFilter_RunBatches(obj->queue, job, obj, count, obj->batchSize);
-}
 } // namespace
 
 kStatus xkS3dPhaseMedian_VRelease(kObject filter) { return xkObject_VRelease(filter); }
@@ -256,14 +250,16 @@ kFx(kStatus) kS3dPhaseMedian_Row(kS3dPhaseMedian filter)
 {
     kObjR(kS3dPhaseMedian, filter);
     kCheckState(obj->data);
-    return RunPass(obj, kS3dPhaseMedian_RowThread, obj->height);
+    return xkS3dPhaseFilter_RunPass(obj->queue, kS3dPhaseMedian_RowThread, obj, obj->height,
+                                    &obj->batchSize);
 }
 
 kFx(kStatus) kS3dPhaseMedian_Column(kS3dPhaseMedian filter)
 {
     kObjR(kS3dPhaseMedian, filter);
     kCheckState(obj->data);
-    return RunPass(obj, kS3dPhaseMedian_ColumnThread, obj->width);
+    return xkS3dPhaseFilter_RunPass(obj->queue, kS3dPhaseMedian_ColumnThread, obj, obj->width,
+                                    &obj->batchSize);
 }
 
 kFx(kStatus) kS3dPhaseMedian_RowThread(kPointer filter, kSize batch)

@@ -112,12 +112,6 @@ kStatus Init(kS3dPhaseOutlierClass* obj, kType type, kAlloc alloc)
     return kLock_Construct(&obj->lock, alloc);
 }
 
-kStatus RunStep(kS3dPhaseOutlierClass* obj, kVsJobFx job, kSize count)
-{
-    obj->batchSize = xkS3dPhaseFilter_BatchSize(obj->queue, count);
-    return xkS3dPhaseFilter_RunBatches(obj->queue, job, obj, count, obj->batchSize);
-}
-
 } // namespace
 
 kStatus xkS3dPhaseOutlier_VRelease(kObject filter)
@@ -220,14 +214,16 @@ kFx(kStatus) kS3dPhaseOutlier_Row(kS3dPhaseOutlier filter)
 {
     kObjR(kS3dPhaseOutlier, filter);
     kCheckState(obj->data);
-    return RunStep(obj, kS3dPhaseOutlier_RowThread, obj->height);
+    return xkS3dPhaseFilter_RunPass(obj->queue, kS3dPhaseOutlier_RowThread, obj, obj->height,
+                                    &obj->batchSize);
 }
 
 kFx(kStatus) kS3dPhaseOutlier_Column(kS3dPhaseOutlier filter)
 {
     kObjR(kS3dPhaseOutlier, filter);
     kCheckState(obj->data);
-    return RunStep(obj, kS3dPhaseOutlier_ColumnThread, obj->width);
+    return xkS3dPhaseFilter_RunPass(obj->queue, kS3dPhaseOutlier_ColumnThread, obj, obj->width,
+                                    &obj->batchSize);
 }
 
 kFx(kStatus) kS3dPhaseOutlier_Deviation(kS3dPhaseOutlier filter)
@@ -236,7 +232,8 @@ kFx(kStatus) kS3dPhaseOutlier_Deviation(kS3dPhaseOutlier filter)
     kCheckState(obj->data);
     obj->deviationSum = 0;
     obj->deviationCount = 0;
-    kCheck(RunStep(obj, kS3dPhaseOutlier_DeviationThread, obj->height));
+    kCheck(xkS3dPhaseFilter_RunPass(obj->queue, kS3dPhaseOutlier_DeviationThread, obj, obj->height,
+                                    &obj->batchSize));
     if (obj->deviationCount > 0)
         obj->deviation = (k32s)kMin_(obj->deviationSum / obj->deviationCount, (k64s)k32S_MAX);
     return kOK;
@@ -246,7 +243,8 @@ kFx(kStatus) kS3dPhaseOutlier_Area(kS3dPhaseOutlier filter)
 {
     kObjR(kS3dPhaseOutlier, filter);
     kCheckState(obj->data);
-    return RunStep(obj, kS3dPhaseOutlier_AreaThread, obj->height);
+    return xkS3dPhaseFilter_RunPass(obj->queue, kS3dPhaseOutlier_AreaThread, obj, obj->height,
+                                    &obj->batchSize);
 }
 
 kFx(kStatus) kS3dPhaseOutlier_RowThread(kPointer filter, kSize batch)
